@@ -1,0 +1,4 @@
+// Placeholder until scenery lands.
+#include "loader/subsystems.h"
+
+void TOKASceneryCleanupHook(int) {}
