@@ -9,6 +9,7 @@
 #include "TOKAProcessing.h"
 #include "TOKADisplay.h"
 #include "TOKAMenus.h"
+#include "TOKACommands.h"
 #include "TOKAUtilities.h"
 #include "TOKAScenery.h"
 #include "TOKAPlanes.h"
