@@ -21,6 +21,11 @@ struct TOKAResource_t {
   bool dead = false;
   T* prev = nullptr;
   T* kill_next = nullptr;
+  // Set while the record is on its list's kill queue. Kept apart from
+  // `dead`, which a move to the front clears: a record brought back to the
+  // front after its removal stays queued once, and the queue behind it is
+  // not lost.
+  bool queued = false;
   T* parked_next = nullptr;  // chain of unlinked records waiting for the holds to end
 
   T* get_next() const { return next; }
@@ -33,7 +38,7 @@ struct TOKAResource_t {
     if (head) head->prev = r;
     r->prev = nullptr;
     r->dead = false;
-    r->kill_next = nullptr;
+    if (!r->queued) r->kill_next = nullptr;
     head = r;
   }
 
@@ -51,6 +56,8 @@ struct TOKAResource_t {
     if (defer) {
       if (r->dead) return;
       r->dead = true;
+      if (r->queued) return;
+      r->queued = true;
       r->kill_next = kill_list;
       kill_list = r;
       return;
@@ -64,6 +71,8 @@ struct TOKAResource_t {
     while (kill_list) {
       T* r = kill_list;
       kill_list = r->kill_next;
+      r->queued = false;
+      r->kill_next = nullptr;
       TOKAKillResource(head, kill_list, r, false, dispose);
     }
   }
