@@ -12,7 +12,9 @@ class Messages : public TokaTest {
 protected:
   void SetUp() override {
     for (const char* name : {"a", "b", "c"}) AddScriptedFolder(name, name);
-    Script(tree.AddPlugin("Resources/plugins/z/lin.orv", "start_only")).name = "z";
+    PluginScript& z = Script(tree.AddPlugin("Resources/plugins/z/lin.orv", "start_only"));
+    z.name = "z";
+    z.signature = "test.z";
     Initialize();
     for (const char* name : {"a", "b", "c"})
       id[name] = TOKAFindPluginBySignature((std::string("test.") + name).c_str());
