@@ -1,9 +1,207 @@
-// Placeholder until the flight loop scheduler lands.
+// The flight loop scheduler: plugin callbacks run from the simulator's two
+// processing calls per frame, every so many seconds or every so many cycles,
+// and the plugin reload that a plugin asked for, run once a pass is over.
+#include "loader/enabling.h"
+#include "loader/host_interface.h"
 #include "loader/loading.h"
+#include "loader/plugin_records.h"
+#include "loader/resource_list.h"
 #include "loader/subsystems.h"
+#include "toka/TOKAProcessing.h"
 
-int TOKADoFlightLoopProcessing(float, int) {
+// The record's address is the flight loop ID handed to the plugin.
+struct TOKAFlightLoopRecord : TOKAResource_t<TOKAFlightLoopRecord> {
+  float lastTime = 0;  // elapsed time of the last run, or the base set at creation / rescheduling
+  int lastCycle = 0;   // cycle counter at the last run, or at creation
+  float interval = 0;  // > 0 seconds, < 0 cycles, 0 not scheduled
+  int phase = 0;
+  TOKAFlightLoop_f callback = nullptr;
+  int owner = 0;
+  void* refcon = nullptr;
+};
+
+static_assert(sizeof(TOKACreateFlightLoop_t) == 16, "plugins pass a structSize of 16");
+
+// Newest first: a loop created during a pass is not run in that pass.
+static TOKAResourceList<TOKAFlightLoopRecord> gFlightLoops;
+// Advanced by every processing call, whatever its phase.
+static int gLastCallNumber = 0;
+// Read as the time of the previous pass but never assigned, so callbacks get
+// the absolute elapsed time as their second argument. Plugins have always
+// received that value there and compute with it; it must stay 0.
+static float gLastCallTime = 0.0f;
+
+// The x87 unit keeps intermediate results in extended precision; storing
+// through a volatile float gives the rounding that plugins compute with.
+static float RoundToFloat(double value) {
+  volatile float rounded = (float)value;
+  return rounded;
+}
+
+TOKA_API float TOKAGetElapsedTime(void) {
+  return RoundToFloat(gHostServices->GetElapsedTime());
+}
+
+TOKA_API int TOKAGetCycleNumber(void) {
+  return gLastCallNumber;
+}
+
+// The loop an ID designates, or null for an ID that is no longer (or never
+// was) in the list. Plugins keep IDs of loops that are gone; reading through
+// them would read freed memory. The list is never walked backwards, so head
+// is its first record.
+static TOKAFlightLoopRecord* FindFlightLoop(TOKAFlightLoopID id) {
+  for (TOKAFlightLoopRecord* record = gFlightLoops.head; record; record = record->get_next())
+    if (record == id) return record;
+  return nullptr;
+}
+
+// Mistakes are only reported: plugins that pass them have always had their
+// loop created, and rely on it.
+static void ReportCreationMistakes(const TOKACreateFlightLoop_t* params) {
+  if (!TOKAHasError()) return;
+  if (params->structSize != 16) TOKASendError("Illegal struct size for TOKACreateFlightLoop");
+  if (params->phase != 0 && params->phase != 1)
+    TOKASendError("Illegal phase type for TOKACreateFlightLoop");
+  if (!params->callback) TOKASendError("Null callback for TOKACreateFlightLoop");
+}
+
+TOKA_API TOKAFlightLoopID TOKACreateFlightLoop(TOKACreateFlightLoop_t* params) {
+  if (!params) return nullptr;
+  ReportCreationMistakes(params);
+  TOKAFlightLoopRecord* record = new TOKAFlightLoopRecord;
+  record->lastTime = TOKAGetElapsedTime();
+  record->lastCycle = gLastCallNumber;
+  record->interval = 0;
+  record->phase = params->phase;
+  record->callback = params->callback;
+  record->refcon = params->refcon;
+  record->owner = TOKAGetDispatchedPlugin();
+  gFlightLoops.Add(record);
+  return record;
+}
+
+TOKA_API void TOKAScheduleFlightLoop(TOKAFlightLoopID loop, float interval, int relativeToNow) {
+  TOKAFlightLoopRecord* record = FindFlightLoop(loop);
+  if (!record) return;
+  if (record->owner != TOKAGetDispatchedPlugin()) {
+    TOKASendError("Attempt to schedule a flight loop callback owned by another plugin.");
+    return;
+  }
+  // Only the time base moves: a cycle interval keeps counting from the last
+  // run or the creation, which plugins that schedule by cycles expect.
+  if (relativeToNow) record->lastTime = TOKAGetElapsedTime();
+  record->interval = interval;
+}
+
+TOKA_API void TOKADestroyFlightLoop(TOKAFlightLoopID loop) {
+  TOKAFlightLoopRecord* record = FindFlightLoop(loop);
+  if (!record) return;
+  if (record->owner != TOKAGetDispatchedPlugin()) {
+    TOKASendError("Attempt to remove a flight loop callback owned by another plugin.");
+    return;
+  }
+  gFlightLoops.Remove(record);
+}
+
+TOKA_API void TOKARegisterFlightLoopCallback(TOKAFlightLoop_f callback, float interval,
+                                             void* refcon) {
+  TOKACreateFlightLoop_t params = {16, 0, callback, refcon};
+  TOKAScheduleFlightLoop(TOKACreateFlightLoop(&params), interval, 0);
+}
+
+// The older interface names loops by (callback, refcon) alone, so it acts on
+// any plugin's loops.
+TOKA_API void TOKAUnregisterFlightLoopCallback(TOKAFlightLoop_f callback, void* refcon) {
+  for (TOKAFlightLoopRecord* record = gFlightLoops.BeginIterate(); record;
+       record = record->get_next()) {
+    if (record->callback == callback && record->refcon == refcon) {
+      gFlightLoops.Remove(record);
+      break;
+    }
+  }
+  gFlightLoops.EndIterate();
+}
+
+TOKA_API void TOKASetFlightLoopCallbackInterval(TOKAFlightLoop_f callback, float interval,
+                                                int relativeToNow, void* refcon) {
+  for (TOKAFlightLoopRecord* record = gFlightLoops.BeginIterate(); record;
+       record = record->get_next()) {
+    if (record->callback != callback || record->refcon != refcon) continue;
+    record->interval = interval;
+    if (relativeToNow) record->lastTime = TOKAGetElapsedTime();
+  }
+  gFlightLoops.EndIterate();
+}
+
+// Seconds compare against the float-rounded sum, as the plugin itself would
+// compute its next run. Cycles compare exactly, fractions included: an
+// interval of -1.5 runs every second cycle.
+static bool IsDue(const TOKAFlightLoopRecord* record, float elapsed) {
+  if (record->interval > 0) return elapsed >= RoundToFloat(record->lastTime + record->interval);
+  if (record->interval < 0)
+    return (double)gLastCallNumber >= (double)record->lastCycle - (double)record->interval;
+  return false;  // 0 or not a number: not scheduled
+}
+
+// Runs one due loop in its owner's context and reschedules it from the
+// result. A disabled owner's loop is left exactly as it was, so that it runs
+// at the first pass after the plugin is enabled again.
+static void RunFlightLoop(TOKAFlightLoopRecord* record, float elapsed) {
+  StDispatchCallback context(record->owner);
+  // A loop created without a callback is kept (creation is lenient) but
+  // there is nothing to call.
+  if (!context() || !record->callback) return;
+  float next = record->callback(elapsed - record->lastTime, elapsed - gLastCallTime,
+                                gLastCallNumber, record->refcon);
+  // The callback may have unregistered its own loop; the record then waits
+  // in the list's parking until the pass lets go of the list, so these
+  // stores land in memory that is still ours and change nothing.
+  record->interval = next;
+  record->lastTime = elapsed;
+  record->lastCycle = gLastCallNumber;
+}
+
+// Closes the pass's iteration however the pass ends, a throwing callback
+// included, so that later removals are not deferred for ever.
+class StFlightLoopIteration {
+public:
+  StFlightLoopIteration() : mFirst(gFlightLoops.BeginIterate()) {}
+  ~StFlightLoopIteration() { gFlightLoops.EndIterate(); }
+  TOKAFlightLoopRecord* first() const { return mFirst; }
+  StFlightLoopIteration(const StFlightLoopIteration&) = delete;
+  StFlightLoopIteration& operator=(const StFlightLoopIteration&) = delete;
+
+private:
+  TOKAFlightLoopRecord* mFirst;
+};
+
+static void RunDueFlightLoops(float elapsed, int phase) {
+  // The hold outlives the iteration: records freed by the iteration's end,
+  // or by an unregistration inside a callback, are released only after the
+  // walk has stepped past them.
+  TOKAResourceHold<TOKAFlightLoopRecord> hold(gFlightLoops);
+  StFlightLoopIteration iteration;
+  for (TOKAFlightLoopRecord* record = iteration.first(); record; record = record->get_next()) {
+    if (record->is_dead() || record->phase != phase) continue;
+    if (IsDue(record, elapsed)) RunFlightLoop(record, elapsed);
+  }
+}
+
+int TOKADoFlightLoopProcessing(float elapsed, int phase) {
+  phase = phase ? 1 : 0;
+  ++gLastCallNumber;
+  RunDueFlightLoops(elapsed, phase);
+  // The reload unloads the plugins whose loops the pass was running, so it
+  // waits until the pass has let go of the list.
   if (gReloadScheduled) TOKAReloadPluginsInternal();
   return 1;
 }
-void TOKAProcessingCleanupHook(int) {}
+
+void TOKAProcessingCleanupHook(int plugin) {
+  for (TOKAFlightLoopRecord* record = gFlightLoops.BeginIterate(); record;
+       record = record->get_next()) {
+    if (record->owner == plugin) gFlightLoops.Remove(record);
+  }
+  gFlightLoops.EndIterate();
+}
