@@ -1,8 +1,252 @@
-// Placeholder until menus land.
-#include "loader/subsystems.h"
+// Plugin menus: mirror records of the menus plugins create in the host's
+// menu bar, the Plugins menu, and the answers to the host's menu queries.
+#include <algorithm>
+#include <vector>
 
-void TOKAInitMenus() {}
-void TOKAMenuCleanupHook(int) {}
-int TOKAHandleMenuItemPick(int) { return 1; }
-int TOKAHandleMenuItemEnable(int, int) { return 1; }
-int TOKAHandleMenuItemCheck(int, int, int*) { return 1; }
+#include "loader/enabling.h"
+#include "loader/host_interface.h"
+#include "loader/plugin_records.h"
+#include "loader/subsystems.h"
+#include "toka/TOKAMenus.h"
+#include "toka/TOKAPlugins.h"
+
+// One menu a plugin created. The five item vectors run in parallel: an
+// item's index is its position in them.
+struct TOKAMenuInfo_t {
+  int hostMenuID = 0;
+  void* menuRef = nullptr;
+  std::vector<int> itemHostIDs;
+  std::vector<void*> itemRefs;
+  std::vector<int> itemChecks;
+  std::vector<int> itemEnabled;
+  std::vector<int> itemOwners;
+  TOKAMenuHandler_f handler = nullptr;
+  int plugin = -1;
+};
+
+// Every menu, in order of creation.
+static std::vector<TOKAMenuInfo_t*> gMenus;
+static TOKAMenuInfo_t* gPluginsMenu = nullptr;
+
+// The list owns its records; those still listed go with the library.
+static struct MenuListOwner {
+  ~MenuListOwner() {
+    for (TOKAMenuInfo_t* menu : gMenus) delete menu;
+    gMenus.clear();
+    gPluginsMenu = nullptr;
+  }
+} gMenuListOwner;
+
+// The host's menu destruction service exists from this host version on;
+// older hosts keep their menus, renamed empty.
+static bool HostCanDestroyMenus() {
+  return gHostServices->version > 283u;
+}
+
+static TOKAMenuInfo_t* AsMenu(TOKAMenuID menu) {
+  return static_cast<TOKAMenuInfo_t*>(menu);
+}
+
+static bool IsListed(TOKAMenuInfo_t* menu) {
+  return std::find(gMenus.begin(), gMenus.end(), menu) != gMenus.end();
+}
+
+static void EraseItem(TOKAMenuInfo_t* menu, int index) {
+  menu->itemHostIDs.erase(menu->itemHostIDs.begin() + index);
+  menu->itemRefs.erase(menu->itemRefs.begin() + index);
+  menu->itemChecks.erase(menu->itemChecks.begin() + index);
+  menu->itemEnabled.erase(menu->itemEnabled.begin() + index);
+  menu->itemOwners.erase(menu->itemOwners.begin() + index);
+}
+
+static void RemoveItem(TOKAMenuInfo_t* menu, int index) {
+  gHostServices->RemoveMenuItem(menu->hostMenuID, index);
+  EraseItem(menu, index);
+}
+
+// The host has no call to remove all items at once; its items are renamed
+// to "" instead, which plugins see as an emptied menu.
+static void BlankHostItems(TOKAMenuInfo_t* menu) {
+  for (int index = 0; index < (int)menu->itemHostIDs.size(); ++index)
+    gHostServices->SetMenuItemName(menu->hostMenuID, index, "", 0);
+}
+
+static void ClearItems(TOKAMenuInfo_t* menu) {
+  BlankHostItems(menu);
+  menu->itemHostIDs.clear();
+  menu->itemRefs.clear();
+  menu->itemChecks.clear();
+  menu->itemEnabled.clear();
+  menu->itemOwners.clear();
+}
+
+// Frees a record that is already out of the menu list. The host itself may
+// destroy the Plugins menu; later plugin menus then go to the top level.
+static void FreeMenu(TOKAMenuInfo_t* menu) {
+  if (menu == gPluginsMenu) gPluginsMenu = nullptr;
+  delete menu;
+}
+
+static void EraseFromList(TOKAMenuInfo_t* menu) {
+  gMenus.erase(std::find(gMenus.begin(), gMenus.end(), menu));
+}
+
+void TOKAInitMenus() {
+  // Start-up runs before the plugin list exists; the menu is the host's.
+  StDispatchCallback context(0);
+  gPluginsMenu = nullptr;
+  gPluginsMenu = AsMenu(TOKACreateMenu("Plugins", nullptr, 0, nullptr, nullptr));
+}
+
+TOKA_API TOKAMenuID TOKAFindPluginsMenu(void) {
+  return gPluginsMenu;
+}
+
+TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int parentItem,
+                                   TOKAMenuHandler_f handler, void* menuRef) {
+  TOKAMenuInfo_t* parent = AsMenu(parentMenu);
+  if (!parent && gPluginsMenu) {
+    // A top-level plugin menu hangs from an item of its own in the Plugins
+    // menu, whose name is fixed by the plugin and never translated.
+    parentItem = TOKAAppendMenuItem(gPluginsMenu, name, nullptr, 1);
+    parent = gPluginsMenu;
+  }
+  int parentHostID = parent ? parent->hostMenuID : 0;
+
+  TOKAMenuInfo_t* menu = new TOKAMenuInfo_t;
+  menu->hostMenuID = gHostServices->CreateMenu(parentHostID, parentItem, name);
+  menu->menuRef = menuRef;
+  menu->handler = handler;
+  menu->plugin = TOKAGetDispatchedPlugin();
+  gMenus.push_back(menu);
+  return menu;
+}
+
+TOKA_API int TOKAAppendMenuItem(TOKAMenuID menuID, const char* name, void* itemRef,
+                                int forceEnglish) {
+  // Any plugin may add to any menu (plugins share the Plugins menu this
+  // way); the item belongs to the plugin that added it.
+  TOKAMenuInfo_t* menu = AsMenu(menuID);
+  int index = (int)menu->itemHostIDs.size();
+  int hostItemID = gHostServices->AppendMenuItem(menu->hostMenuID, index, name, forceEnglish);
+  menu->itemHostIDs.push_back(hostItemID);
+  menu->itemRefs.push_back(itemRef);
+  menu->itemChecks.push_back(TOKA_MENU_NO_CHECK);
+  menu->itemEnabled.push_back(1);
+  menu->itemOwners.push_back(TOKAGetDispatchedPlugin());
+  return index;
+}
+
+TOKA_API int TOKAAppendMenuSeparator(TOKAMenuID menu) {
+  return TOKAAppendMenuItem(menu, "-", nullptr, 0);
+}
+
+TOKA_API void TOKASetMenuItemName(TOKAMenuID menu, int index, const char* name,
+                                  int forceEnglish) {
+  gHostServices->SetMenuItemName(AsMenu(menu)->hostMenuID, index, name, forceEnglish);
+}
+
+TOKA_API void TOKAEnableMenuItem(TOKAMenuID menu, int index, int enabled) {
+  AsMenu(menu)->itemEnabled[index] = enabled;
+}
+
+TOKA_API void TOKACheckMenuItem(TOKAMenuID menu, int index, int check) {
+  AsMenu(menu)->itemChecks[index] = check;
+}
+
+TOKA_API void TOKACheckMenuItemState(TOKAMenuID menu, int index, int* outCheck) {
+  *outCheck = AsMenu(menu)->itemChecks[index];
+}
+
+TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
+  TOKAMenuInfo_t* menu = AsMenu(menuID);
+  if (index < 0 || index >= (int)menu->itemHostIDs.size()) {
+    TOKASendError("TOKARemoveMenuItem was passed an out of range item index.");
+    return;
+  }
+  RemoveItem(menu, index);
+}
+
+TOKA_API void TOKAClearAllMenuItems(TOKAMenuID menuID) {
+  TOKAMenuInfo_t* menu = AsMenu(menuID);
+  if (menu->plugin != TOKAGetDispatchedPlugin()) return;
+  ClearItems(menu);
+}
+
+TOKA_API void TOKADestroyMenu(TOKAMenuID menuID) {
+  TOKAMenuInfo_t* menu = AsMenu(menuID);
+  if (!IsListed(menu) || menu->plugin != TOKAGetDispatchedPlugin()) return;
+  ClearItems(menu);
+  if (HostCanDestroyMenus()) gHostServices->DestroyMenu(menu->hostMenuID);
+  EraseFromList(menu);
+  FreeMenu(menu);
+}
+
+int TOKAHandleMenuItemPick(int hostItemID) {
+  for (TOKAMenuInfo_t* menu : gMenus) {
+    for (size_t index = 0; index < menu->itemHostIDs.size(); ++index) {
+      if (menu->itemHostIDs[index] != hostItemID) continue;
+      // A pick of an item found is handled, whether or not a handler ran.
+      // The walk ends here, so the handler may create, destroy or change
+      // menus freely.
+      if (menu->handler && menu->itemEnabled[index]) {
+        StDispatchCallback context(menu->plugin);
+        if (context()) menu->handler(menu->menuRef, menu->itemRefs[index]);
+      }
+      return 0;
+    }
+  }
+  return 1;
+}
+
+int TOKAHandleMenuItemEnable(int hostMenuID, int index) {
+  auto found = std::find_if(gMenus.begin(), gMenus.end(), [hostMenuID](TOKAMenuInfo_t* menu) {
+    return menu->hostMenuID == hostMenuID;
+  });
+  if (found == gMenus.end()) return 1;
+  TOKAMenuInfo_t* menu = *found;
+  if (index < 0 || index >= (int)menu->itemHostIDs.size()) return 1;
+  // The items of a disabled plugin's menu are all shown greyed.
+  if (menu->plugin >= 0 && !TOKAIsPluginEnabled(menu->plugin)) return 0;
+  return menu->itemEnabled[index];
+}
+
+int TOKAHandleMenuItemCheck(int hostMenuID, int index, int* outChecked) {
+  for (TOKAMenuInfo_t* menu : gMenus) {
+    if (menu->hostMenuID != hostMenuID) continue;
+    if (index < 0 || index >= (int)menu->itemHostIDs.size()) continue;
+    switch (menu->itemChecks[index]) {
+      case TOKA_MENU_UNCHECKED:
+        *outChecked = 0;
+        return 0;
+      case TOKA_MENU_CHECKED:
+        *outChecked = 1;
+        return 0;
+      case TOKA_MENU_NO_CHECK:
+        *outChecked = -1;
+        return 0;
+      default:
+        break;  // not a state the host knows; a later menu may answer
+    }
+  }
+  return 1;
+}
+
+// Withdraws the menus of a plugin that goes away, then the items it put in
+// the Plugins menu (its top-level menus hang there). Items it appended to
+// other plugins' menus stay.
+void TOKAMenuCleanupHook(int plugin) {
+  std::vector<TOKAMenuInfo_t*> owned;
+  for (TOKAMenuInfo_t* menu : gMenus)
+    if (menu->plugin == plugin) owned.push_back(menu);
+  for (TOKAMenuInfo_t* menu : owned) {
+    BlankHostItems(menu);
+    if (HostCanDestroyMenus()) gHostServices->DestroyMenu(menu->hostMenuID);
+    EraseFromList(menu);
+    FreeMenu(menu);
+  }
+
+  if (!gPluginsMenu) return;
+  for (int index = (int)gPluginsMenu->itemOwners.size() - 1; index >= 0; --index)
+    if (gPluginsMenu->itemOwners[index] == plugin) RemoveItem(gPluginsMenu, index);
+}
