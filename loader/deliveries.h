@@ -21,6 +21,7 @@ public:
 
 private:
   friend void TOKADequeueDelivery(TOKADelivery* delivery);
+  friend void TOKAForgetCutDeliveries(int plugin);
   // Every live delivery is on this chain, so that dequeuing one can clear the
   // links other deliveries still hold to it (see TOKADequeueDelivery).
   TOKADelivery* mLiveNext = nullptr;
@@ -46,6 +47,11 @@ int TOKAQueueDelivery(TOKADelivery* delivery);
 // The result a delivery stands for is ready: hand it over now, hold it until
 // the plugin is enabled again, or cancel it if the plugin is gone.
 void TOKASendDelivery(TOKADelivery* delivery);
+
+// For a plugin being unloaded, after its queues have been emptied: marks as
+// gone the deliveries still owed to it that an earlier dequeue cut out of its
+// pending queue, so they are cancelled when they complete.
+void TOKAForgetCutDeliveries(int plugin);
 
 // Pending deliveries of unloaded plugins, cancelled as they complete.
 extern TOKADeliveryHead orphaned;

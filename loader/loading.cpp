@@ -92,7 +92,8 @@ void TOKAFindAndLoadAcfPlugins(const char* aircraftFolder) {
 
 // Moves the plugin's pending deliveries to the orphans (cancelled when they
 // complete) and cancels the held ones at once.
-static void ReleaseDeliveries(PluginRecord& record) {
+static void ReleaseDeliveries(int id) {
+  PluginRecord& record = gAllPlugins[id];
   while (TOKADelivery* delivery = TOKAPopDelivery(&record.pending)) {
     delivery->plugin = -1;
     TOKAEnqueueDelivery(&orphaned, delivery);
@@ -101,6 +102,7 @@ static void ReleaseDeliveries(PluginRecord& record) {
     delivery->plugin = -1;
     delivery->DeliverToPlugin(true);
   }
+  TOKAForgetCutDeliveries(id);
 }
 
 static void RunCleanupHooks(int id) {
@@ -126,7 +128,7 @@ static void ForgetModule(PluginRecord& record) {
 }
 
 void UnloadOnePlugin(int id) {
-  ReleaseDeliveries(gAllPlugins[id]);
+  ReleaseDeliveries(id);
   if (TOKAPluginStop_f stop = gAllPlugins[id].stop) {
     // The plugin is disabled by now; it is stopped all the same.
     StDispatchCallback context(id);
@@ -141,7 +143,7 @@ void UnloadOnePlugin(int id) {
 // A plugin that refused to start may have registered things from its start
 // entry; they go with it, since its ID is handed to the next plugin.
 static void DiscardRefusedPlugin(int id) {
-  ReleaseDeliveries(gAllPlugins[id]);
+  ReleaseDeliveries(id);
   RunCleanupHooks(id);
   void* module = gAllPlugins[id].module;
   gAllPlugins.pop_back();

@@ -25,7 +25,15 @@ TOKADelivery& TOKADelivery::operator=(const TOKADelivery& other) {
   return *this;
 }
 
-TOKADelivery::~TOKADelivery() { Unregister(); }
+// A queue head goes with its plugin record; a delivery left linked to it
+// must not write into the record's memory later.
+TOKADelivery::~TOKADelivery() {
+  Unregister();
+  for (TOKADelivery* other = gLiveDeliveries; other; other = other->mLiveNext) {
+    if (other->next == this) other->next = nullptr;
+    if (other->previous == this) other->previous = nullptr;
+  }
+}
 
 void TOKADelivery::Register() {
   mLivePrev = nullptr;
@@ -72,6 +80,18 @@ TOKADelivery* TOKAPopDelivery(TOKADelivery* head) {
   TOKADelivery* first = head->next;
   if (first) TOKADequeueDelivery(first);
   return first;
+}
+
+void TOKAForgetCutDeliveries(int plugin) {
+  // Queue heads never name a plugin, so only deliveries match. Their links
+  // lead into the plugin's record, which may go, and they are in no queue
+  // anyone walks: they are unlinked as well.
+  for (TOKADelivery* other = gLiveDeliveries; other; other = other->mLiveNext) {
+    if (other->plugin != plugin) continue;
+    other->plugin = -1;
+    other->next = nullptr;
+    other->previous = nullptr;
+  }
 }
 
 int TOKAQueueDelivery(TOKADelivery* delivery) {
