@@ -1,0 +1,139 @@
+// Draw callbacks by phase, the simulator's drawing codes, and window drawing.
+#include "display/display.h"
+#include "loader/enabling.h"
+#include "loader/plugin_records.h"
+#include "loader/subsystems.h"
+
+TOKAResourceList<TOKADrawCallbackRecord> gDrawCallbacks;
+
+// Phase in which plugin windows are drawn.
+static const int kWindowPhase = 50;
+
+static bool SameDrawCallback(const TOKADrawCallbackRecord* record, TOKADrawCallback_f callback,
+                             int phase, int before, void* refcon) {
+  return record->callback == callback && record->phase == phase && record->before == before &&
+         record->refcon == refcon;
+}
+
+// The owner is not compared: a second plugin registering the very same
+// callback is refused.
+static TOKADrawCallbackRecord* FindDrawCallback(TOKADrawCallback_f callback, int phase, int before,
+                                                void* refcon) {
+  for (TOKADrawCallbackRecord* record = gDrawCallbacks.BeginIterate(); record;
+       record = record->get_next())
+    if (SameDrawCallback(record, callback, phase, before, refcon)) return record;
+  return nullptr;
+}
+
+TOKA_API int TOKARegisterDrawCallback(TOKADrawCallback_f callback, int phase, int isBefore,
+                                      void* refcon) {
+  TOKADrawCallbackRecord* existing = FindDrawCallback(callback, phase, isBefore, refcon);
+  gDrawCallbacks.EndIterate();
+  if (existing) return 0;
+  TOKADrawCallbackRecord* record = new TOKADrawCallbackRecord;
+  record->callback = callback;
+  record->plugin = TOKAGetDispatchedPlugin();
+  record->phase = phase;
+  record->before = isBefore;
+  record->refcon = refcon;
+  gDrawCallbacks.Add(record);
+  return 1;
+}
+
+// Called from a draw callback, the removal is reclaimed by the EndIterate
+// that closes the search, before the drawing walk moves on.
+TOKA_API int TOKAUnregisterDrawCallback(TOKADrawCallback_f callback, int phase, int isBefore,
+                                        void* refcon) {
+  TOKADrawCallbackRecord* record = FindDrawCallback(callback, phase, isBefore, refcon);
+  if (record) gDrawCallbacks.Remove(record);
+  gDrawCallbacks.EndIterate();
+  return record ? 1 : 0;
+}
+
+void TOKARemovePluginDrawCallbacks(int plugin) { TOKARemovePluginRecords(gDrawCallbacks, plugin); }
+
+// Calls every callback registered for the phase and position. In a
+// reflection pass (flag 1) only plugins that asked for reflections are
+// called. The result is the bitwise AND of the results of the calls made:
+// 0 asks the simulator to skip its own drawing of the phase.
+static int DispatchPhase(int phase, int before, int reflection) {
+  TOKAResourceHold<TOKADrawCallbackRecord> hold(gDrawCallbacks);
+  int result = 1;
+  for (TOKADrawCallbackRecord* record = gDrawCallbacks.BeginIterate(); record;
+       record = record->get_next()) {
+    if (record->is_dead() || record->phase != phase || record->before != before) continue;
+    if (reflection == 1 && !TOKAHasFeatureInternal(record->plugin, TOKAFeatureWantsReflections))
+      continue;
+    StDispatchCallback context(record->plugin);
+    if (context()) result &= record->callback(phase, before, record->refcon);
+  }
+  gDrawCallbacks.EndIterate();
+  return result;
+}
+
+// Back to front, so that the front window ends up on top.
+static void DrawWindows() {
+  TOKAResourceHold<TOKAWindowCallbackRecord> hold(gWindows);
+  for (TOKAWindowCallbackRecord* record = gWindows.BeginReverseIterate(); record;
+       record = record->get_prev()) {
+    if (record->is_dead() || !record->visible) continue;
+    StDispatchCallback context(record->plugin);
+    if (context()) record->draw_func(record, record->refcon);
+  }
+  gWindows.EndIterate();
+}
+
+// What each simulator drawing code (1 to 26) runs. The irregular rows are
+// what plugins were built against: codes 12 and 18 never let a before
+// callback skip the phase while 1 and 13 do, phase 55 comes ahead of 50, and
+// phase 101 ahead of 100.
+struct HostPhaseCode {
+  int phase;
+  bool before;        // runs the before callbacks
+  bool after;         // runs the after callbacks
+  bool reportBefore;  // returns the before result rather than 1
+};
+
+static const HostPhaseCode kHostPhaseCodes[26] = {
+    {0, true, true, true},               // 1
+    {5, true, false, true},              // 2
+    {5, false, true, false},             // 3
+    {10, true, false, true},             // 4
+    {10, false, true, false},            // 5
+    {15, true, false, true},             // 6
+    {15, false, true, false},            // 7
+    {20, true, false, true},             // 8
+    {20, false, true, false},            // 9
+    {25, true, false, true},             // 10
+    {25, false, true, false},            // 11
+    {30, true, true, false},             // 12
+    {35, true, true, true},              // 13
+    {40, true, false, true},             // 14
+    {40, false, true, false},            // 15
+    {45, true, false, true},             // 16
+    {45, false, true, false},            // 17
+    {55, true, true, false},             // 18
+    {kWindowPhase, true, false, true},   // 19
+    {kWindowPhase, false, true, false},  // 20: windows first
+    {101, true, false, true},            // 21
+    {101, false, true, false},           // 22
+    {100, true, false, true},            // 23
+    {100, false, true, false},           // 24
+    {102, true, false, true},            // 25
+    {102, false, true, false},           // 26
+};
+
+static const int kWindowCode = 20;
+
+int TOKADisplayDoDrawingHook(int phaseCode, int reflection) {
+  if (phaseCode < 1 || phaseCode > 26) return 1;
+  const HostPhaseCode& code = kHostPhaseCodes[phaseCode - 1];
+  if (phaseCode == kWindowCode) {
+    TOKADisplayMouseDragHook();
+    DrawWindows();
+  }
+  int beforeResult = 1;
+  if (code.before) beforeResult = DispatchPhase(code.phase, 1, reflection);
+  if (code.after) DispatchPhase(code.phase, 0, reflection);
+  return code.reportBefore ? beforeResult : 1;
+}
