@@ -169,10 +169,17 @@ static void RemovePluginWindows(int plugin) {
   if (gDragWindow && gDragWindow->plugin == plugin) gDragWindow = nullptr;
 }
 
+// The plugin's windows that the list lost track of go with it.
+static void FreeLostPluginWindows(int plugin) {
+  gWindows.FreeUnreachable(
+      [plugin](TOKAWindowCallbackRecord* record) { return record->plugin == plugin; });
+}
+
 void TOKADisplayCleanupHook(int plugin) {
   TOKARemovePluginDrawCallbacks(plugin);
   TOKARemovePluginKeySniffers(plugin);
   RemovePluginWindows(plugin);
+  FreeLostPluginWindows(plugin);
   TOKARemovePluginHotKeys(plugin);
 }
 

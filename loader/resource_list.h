@@ -27,6 +27,11 @@ struct TOKAResource_t {
   // not lost.
   bool queued = false;
   T* parked_next = nullptr;  // chain of unlinked records waiting for the holds to end
+  // Every record the list owns, reachable or not (see FreeUnreachable).
+  T* member_next = nullptr;
+  T* member_prev = nullptr;
+  bool member = false;
+  bool marked = false;
 
   T* get_next() const { return next; }
   T* get_prev() const { return prev; }
@@ -87,10 +92,23 @@ public:
   bool needs_clean = false;
 
   TOKAResourceList() = default;
+  // The list owns its records, the unreachable ones included.
+  ~TOKAResourceList() {
+    while (members) {
+      T* r = members;
+      Leave(r);
+      delete r;
+    }
+    holds = 0;
+    Release();
+  }
   TOKAResourceList(const TOKAResourceList&) = delete;
   TOKAResourceList& operator=(const TOKAResourceList&) = delete;
 
-  void Add(T* r) { T::TOKAAddResource(head, r); }
+  void Add(T* r) {
+    if (!r->member) Join(r);
+    T::TOKAAddResource(head, r);
+  }
 
   void Remove(T* r) {
     if (iterating) needs_clean = true;
@@ -142,10 +160,71 @@ public:
     }
   }
 
+  // A record added while head designates a record that is not the first
+  // (after a reverse walk) is linked in front of that record only, and the
+  // records before it drop out of every later walk; plugins have always seen
+  // such windows vanish. Nothing in the list can reach them again, but they
+  // are still owned: this frees those for which owned(record) holds, once no
+  // dispatcher is walking the list.
+  template <class Owned>
+  void FreeUnreachable(Owned owned) {
+    if (holds > 0) return;
+    Mark(head);
+    for (T* r = kill_list; r; r = r->kill_next) Mark(r);
+    for (T* r = members; r;) {
+      T* following = r->member_next;
+      if (!r->marked && owned(r)) {
+        Leave(r);
+        delete r;
+      }
+      r = following;
+    }
+    for (T* r = members; r; r = r->member_next) r->marked = false;
+  }
+
 private:
+  T* members = nullptr;
+
+  void Join(T* r) {
+    r->member = true;
+    r->member_prev = nullptr;
+    r->member_next = members;
+    if (members) members->member_prev = r;
+    members = r;
+  }
+
+  void Leave(T* r) {
+    if (r->member_prev) r->member_prev->member_next = r->member_next;
+    else members = r->member_next;
+    if (r->member_next) r->member_next->member_prev = r->member_prev;
+    r->member = false;
+    r->member_next = r->member_prev = nullptr;
+  }
+
+  // Marks every record reachable from start through next and prev links.
+  static void Mark(T* start) {
+    if (!start || start->marked) return;
+    T* pending = nullptr;  // marked records whose links are still to follow
+    start->marked = true;
+    start->parked_next = pending;
+    pending = start;
+    while (pending) {
+      T* r = pending;
+      pending = r->parked_next;
+      r->parked_next = nullptr;
+      for (T* linked : {r->next, r->prev}) {
+        if (!linked || linked->marked) continue;
+        linked->marked = true;
+        linked->parked_next = pending;
+        pending = linked;
+      }
+    }
+  }
+
   struct Disposer {
     TOKAResourceList* list;
     void operator()(T* r) const {
+      list->Leave(r);
       if (list->holds > 0) {
         // A dispatcher may still stand on r or step through it.
         r->dead = true;

@@ -19,11 +19,6 @@ struct Record : TOKAResource_t<Record> {
 };
 
 struct List : TOKAResourceList<Record> {
-  ~List() {
-    iterating = 0;
-    needs_clean = false;
-    while (head) Remove(head);  // keeps the sanitizer build free of leaks
-  }
   Record* Add(const std::string& name) {
     Record* r = new Record(name);
     TOKAResourceList<Record>::Add(r);
@@ -142,6 +137,44 @@ TEST_F(ResourceList, ReverseWalkLeavesTheHeadAtTheTail) {
   for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) fromTail.push_back(r->name);
   list.EndIterate();
   EXPECT_EQ((std::vector<std::string>{"c", "d"}), fromTail);
+
+  // The records no walk reaches are still owned, and freed on request; the
+  // reachable ones are left alone, and nothing goes while a dispatcher holds
+  // the list.
+  list.Forward();
+  {
+    TOKAResourceHold<Record> hold(list);
+    list.FreeUnreachable([](Record*) { return true; });
+    EXPECT_EQ(0, gDestroyed);
+  }
+  list.FreeUnreachable([](Record* r) { return r->name == "a"; });
+  EXPECT_EQ(1, gDestroyed);
+  list.FreeUnreachable([](Record*) { return true; });
+  EXPECT_EQ(2, gDestroyed);
+  EXPECT_EQ((std::vector<std::string>{"d", "c"}), list.Forward());
+}
+
+TEST_F(ResourceList, RecordQueuedBeforeItWasLostKeepsItsNeighboursUntilCleaned) {
+  List list;
+  list.Add("c");
+  Record* b = list.Add("b");
+  list.Add("a");
+  list.BeginReverseIterate();  // head at c, a walk still open
+  list.Remove(b);              // b is queued, then lost with a
+  list.Add("d");
+  list.FreeUnreachable([](Record*) { return true; });
+  EXPECT_EQ(0, gDestroyed);    // b's queue entry still links to a
+  list.EndIterate();           // b's unlink links a back in behind c
+  EXPECT_EQ(1, gDestroyed);
+  EXPECT_EQ((std::vector<std::string>{"d", "c"}), list.Forward());
+  std::vector<std::string> backwards;
+  for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) backwards.push_back(r->name);
+  list.EndIterate();
+  EXPECT_EQ((std::vector<std::string>{"c", "a"}), backwards);
+  // From the tail the list re-anchors at a: now d is the one no walk reaches.
+  list.FreeUnreachable([](Record*) { return true; });
+  EXPECT_EQ(2, gDestroyed);
+  EXPECT_EQ((std::vector<std::string>{"a", "c"}), list.Forward());
 }
 
 TEST_F(ResourceList, MoveToFrontIsImmediateEvenDuringAWalk) {
