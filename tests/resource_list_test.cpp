@@ -122,8 +122,8 @@ TEST_F(ResourceList, HeldListParksCleanedRecordsUntilTheLastHoldEnds) {
 TEST_F(ResourceList, ReverseWalkLeavesTheHeadAtTheTail) {
   List list;
   list.Add("c");
-  list.Add("b");
-  list.Add("a");
+  Record* b = list.Add("b");
+  Record* a = list.Add("a");
   std::vector<std::string> backwards;
   for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) backwards.push_back(r->name);
   list.EndIterate();
@@ -142,6 +142,11 @@ TEST_F(ResourceList, ReverseWalkLeavesTheHeadAtTheTail) {
   for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) fromTail.push_back(r->name);
   list.EndIterate();
   EXPECT_EQ((std::vector<std::string>{"c", "d"}), fromTail);
+  // No walk reaches a and b any more, so the list cannot free them; a forward
+  // walk puts the head back at d, from where the list frees d and c.
+  delete a;
+  delete b;
+  EXPECT_EQ((std::vector<std::string>{"d", "c"}), list.Forward());
 }
 
 TEST_F(ResourceList, MoveToFrontIsImmediateEvenDuringAWalk) {
