@@ -1,0 +1,332 @@
+// toka-host's world and services: what the source files of the reference host
+// share. The host knows the library only through include/toka/ and the entry
+// points it resolves at run time, as the simulator does.
+#ifndef TOKA_HOST_HOST_H
+#define TOKA_HOST_HOST_H
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "toka/TOKAHost.h"
+
+namespace toka_host {
+
+// ---- configuration ---------------------------------------------------------
+
+struct HostConfig {
+  std::string root = "./";  // the simulator folder, ending in "/"
+  int screenWidth = 1280;
+  int screenHeight = 800;
+  double step = 1.0 / 60.0;  // simulated seconds per frame
+  std::string airport = "KSEA";  // where the flight starts; also the local origin
+  std::string userAircraft = "Aircraft/Trainer/trainer.acf";  // below the root, or absolute
+  int otherAircraft = 2;
+  double groundElevation = 0;     // metres above the ellipsoid, the same everywhere
+  double terrainExtent = 100000;  // metres from the origin beyond which probes miss
+};
+
+extern HostConfig gConfig;
+
+// What the host tells the library about itself.
+constexpr int kTableRevision = 4;    // > 3: the library shows which plugin it loads
+constexpr int kHostVersion = 1100;   // also the first number of GetVersions
+constexpr int kHostID = 1;           // the second number of GetVersions: the reference host
+constexpr int kLanguageEnglish = 0;
+
+// Puts the whole world back to its starting state for a configuration.
+void ResetWorld(const HostConfig& config);
+
+// ---- output ----------------------------------------------------------------
+
+// Everything the simulator shows in its log or on screen as text goes here:
+// standard output, or the capture string when one is set.
+void HostPrint(const std::string& text);
+void SetOutputCapture(std::string* capture);
+
+// ---- the loaded library ----------------------------------------------------
+
+typedef void* (*RegisterDataAccessor_f)(
+    const char* name, int types, int writable, int (*readInt)(void*),
+    void (*writeInt)(void*, int), float (*readFloat)(void*), void (*writeFloat)(void*, float),
+    double (*readDouble)(void*), void (*writeDouble)(void*, double),
+    int (*readIntArray)(void*, int*, int, int), void (*writeIntArray)(void*, int*, int, int),
+    int (*readFloatArray)(void*, float*, int, int), void (*writeFloatArray)(void*, float*, int, int),
+    int (*readData)(void*, void*, int, int), void (*writeData)(void*, void*, int, int),
+    void* readRefcon, void* writeRefcon);
+
+// The library's entry points. Each stays null until LoadHostLibrary finds it;
+// the services treat a null hook as "no plugin took the event".
+struct HostLibrary {
+  void* handle = nullptr;
+  int (*InitializePlugins)(const char*, TOKAHostServices*, int) = nullptr;
+  void (*ShutdownPlugins)() = nullptr;
+  int (*EventHook)(int, float, int, int) = nullptr;
+  int (*DoDrawingHook)(int, int) = nullptr;
+  int (*KeyPressHook)(char, int, char) = nullptr;
+  int (*MouseClickHook)(int, int, int) = nullptr;
+  int (*CursorHook)(int, int) = nullptr;
+  int (*ScrollWheelHook)(int, int, int, int) = nullptr;
+  int (*MenuHook)(int) = nullptr;
+  int (*CheckMenuHook)(int, int, int*) = nullptr;
+  int (*MenuItemEnabled)(int, int) = nullptr;
+  int (*CameraHook)(float*, float*, float*, float*, float*, float*, float*) = nullptr;
+  int (*CommandHook)(TOKACommandRef, int, int, int) = nullptr;
+  int (*GetNumberPlanesToHandle)(int, int) = nullptr;
+  int (*UpdatePlaneNameAndPath)(int, char*, char*) = nullptr;
+  // Plugin-facing, optional: older libraries lack it.
+  RegisterDataAccessor_f RegisterDataAccessor = nullptr;
+};
+
+extern HostLibrary gLibrary;
+
+// dlopen(RTLD_NOW | RTLD_GLOBAL) so that plugins resolve the library's
+// functions, then resolves every hook. False with a reason when the file
+// cannot be loaded or a hook is missing.
+bool LoadHostLibrary(const std::string& path, std::string& error);
+
+// ---- the services table ----------------------------------------------------
+
+// The table handed to the library; the same object for the life of the process.
+TOKAHostServices* HostServices();
+
+// Each group fills its slots of the table.
+void AddScreenServices(TOKAHostServices& table);
+void AddWorldServices(TOKAHostServices& table);
+void AddAircraftServices(TOKAHostServices& table);
+void AddSystemServices(TOKAHostServices& table);
+void AddMenuServices(TOKAHostServices& table);
+void AddNavigationServices(TOKAHostServices& table);
+void AddFmsServices(TOKAHostServices& table);
+void AddCommandServices(TOKAHostServices& table);
+void AddObjectServices(TOKAHostServices& table);
+
+// Trace of every service call, one line each, to file (null stops tracing).
+void TraceServicesTo(FILE* file);
+
+// ---- time ------------------------------------------------------------------
+
+extern int gFrame;            // 0 during start-up, then 1, 2, ...
+extern double gRunningTime;   // seconds since start, what slot 14 answers
+extern double gFlightTime;    // seconds the simulation ran unpaused
+extern bool gPaused;
+extern bool gQuitRequested;
+
+// ---- coordinates and terrain -----------------------------------------------
+
+// The local frame: metres from the origin (a point on the ellipsoid at the
+// origin's latitude and longitude), x east, y up, z south.
+void SetLocalOrigin(double latitude, double longitude);
+void WorldToLocalPoint(double latitude, double longitude, double elevation, double& x, double& y,
+                       double& z);
+void LocalToWorldPoint(double x, double y, double z, double& latitude, double& longitude,
+                       double& elevation);
+// The local direction of "up" (the ellipsoid normal) at a world position.
+void LocalUpAt(double latitude, double longitude, double up[3]);
+// Great-circle distance in metres on the mean sphere.
+double DistanceMetres(double lat1, double lon1, double lat2, double lon2);
+void ResetTerrain();
+
+// ---- aircraft --------------------------------------------------------------
+
+struct Aircraft {
+  std::string path;  // full path of the model file
+  double latitude = 0, longitude = 0, elevation = 0;  // degrees, metres
+  float heading = 0;      // degrees true
+  float groundSpeed = 0;  // metres per second
+  float turnRate = 0;     // degrees per second; 0 flies straight
+  bool aiDisabled = false;  // a plugin flies it: the host leaves it where it is
+  bool active = true;       // within the count the plugins let the host handle
+};
+
+extern std::vector<Aircraft> gAircraft;  // index 0 is the user's
+extern int gNav1Frequency;               // 10 kHz units
+
+struct Airport {
+  const char* id;
+  const char* name;
+  double latitude, longitude, elevation;
+  float runwayHeading;
+};
+const Airport* FindAirport(const std::string& id);
+int AirportCount();
+const Airport& AirportAt(int index);
+
+// Builds the aircraft of the configuration, with their models.
+void CreateAircraft();
+
+// Where every aircraft starts, around the configured airport.
+void PlaceAircraftAtStart();
+// Back to the start of the flight (the reset-flight command).
+void ResetFlight();
+// On the ground at an airport, which becomes the local origin.
+void PlaceUserAtAirport(const char* code);
+// Moves the aircraft that the host flies by one step of the kinematic model.
+void MoveAircraft(double seconds);
+// Loads a model for an aircraft as the simulator does: the controlling plugin
+// may substitute its own model first; then the library hears of it on the
+// next frame (events 8 and 3).
+void LoadAircraftModel(int index, const std::string& path);
+// Ends the flight when the user's aircraft is below the ground (event 2).
+void CheckForCrash();
+// Asks the library how many aircraft the host may handle and which models
+// the controlling plugin wants; called once per frame.
+void UpdateTrafficFromPlugins();
+
+// The host's camera: x, y, z, pitch, heading, roll, zoom.
+extern float gCamera[7];
+void UpdateCamera();
+
+// ---- screen ----------------------------------------------------------------
+
+extern int gMouseX, gMouseY;
+extern std::vector<uint32_t> gFramebuffer;  // 0xRRGGBB, row 0 at the top
+uint32_t PixelAt(int x, int y);  // screen coordinates, y up
+void ResetScreen();
+void ClearScreen();
+void DrawHostPhase(int code);   // what the host draws itself when a phase is not skipped
+bool SaveScreen(const std::string& path);  // binary PPM
+
+struct Marker {
+  char kind;  // 'A' aircraft, 'O' object instance
+  int index;  // aircraft index, or object number
+  float x, y, z;
+  bool onScreen;
+  int screenX, screenY;
+};
+extern std::vector<Marker> gMarkers;  // drawn this frame
+void DrawMarker(char kind, int index, float x, float y, float z);
+// Projects a local point through the camera; false when behind it.
+bool ProjectToScreen(double x, double y, double z, double& screenX, double& screenY);
+
+// The built-in bitmap font: cell size per font, glyph rows per character.
+void FontCell(int font, int& width, int& height);
+const uint8_t* GlyphRows(unsigned char c);  // 7 rows of 5 bits, bit 4 leftmost
+constexpr int kGlyphRows = 7;
+
+// ---- menus -----------------------------------------------------------------
+
+void ResetMenus();
+std::string MenuTreeText();  // the menu bar as the user sees it
+// Picks an item by its path of names ("Plugins/Hello/Say hi"). False when no
+// such item exists.
+bool PickMenuItem(const std::string& path);
+
+// ---- commands --------------------------------------------------------------
+
+void ResetCommands();
+TOKACommandRef FindHostCommand(const std::string& name);
+bool IsCommandHeld(TOKACommandRef command);
+void RunCommandOnce(TOKACommandRef command);
+
+// ---- objects ---------------------------------------------------------------
+
+void ResetObjects();
+// Completes the asynchronous loads asked for before this call.
+void CompletePendingObjectLoads();
+int LoadedObjectCount();
+
+// ---- navigation and FMS ----------------------------------------------------
+
+enum NavType {
+  kNavAirport = 1,
+  kNavNDB = 2,
+  kNavVOR = 4,
+  kNavILS = 8,
+  kNavFix = 16,
+  kNavDME = 32,
+  kNavLatLon = 64,
+};
+struct NavAid {
+  int type;
+  const char* id;
+  const char* name;
+  double latitude, longitude;
+  float elevation;  // metres
+  int frequency;    // VOR, ILS, DME: 10 kHz units; NDB: kHz; else 0
+  float heading;    // the localizer's course for an ILS, else 0
+};
+const NavAid* NavAidAt(TOKANavRef navAid);  // null for a reference outside the database
+constexpr int kFmsEntries = 100;
+void ResetFms();
+
+// ---- system ----------------------------------------------------------------
+
+void ResetSystem();
+std::string PrefsFolder();  // root + "Output/preferences/", created on demand
+std::string ResolveUnderRoot(const std::string& path);
+void* FindHostSymbol(const std::string& name);
+
+struct RecordedInput {
+  int slot;
+  std::vector<int> values;
+  std::string text;
+};
+extern std::vector<RecordedInput> gRecordedInputs;  // keys, speech, buttons
+
+// Situation files: 1 the whole world, 2 the user's aircraft only.
+bool SaveSituation(int type, const std::string& path);
+bool LoadSituation(int type, const std::string& path);
+
+// ---- world events ----------------------------------------------------------
+
+// Events reach the library at the start of the next frame, never from
+// inside a service a plugin called.
+void QueueEvent(int code, int param);
+void QueueSceneryPackage(const std::string& folder);  // event 12
+void QueueSceneryScan();  // every package of "Custom Scenery" not loaded yet
+void SendQueuedEvents();
+void ResetEvents();
+
+// ---- graphics state --------------------------------------------------------
+
+extern int gGraphicsState[7];
+extern int gBoundTextures[4];
+
+// ---- host datarefs ---------------------------------------------------------
+
+// Registers the host's datarefs through the library's registration function.
+// Returns how many were registered.
+int RegisterHostDataRefs(RegisterDataAccessor_f registerAccessor);
+extern char gBuildString[256];
+
+// ---- the run ---------------------------------------------------------------
+
+// Input a run applies at a frame: "mouse", "click", "scroll", "key",
+// "command", "pick", "place", "event" or "menus", with its argument.
+// Event 12 (a scenery package) rescans the scenery folder, since a number
+// cannot stand for the package's folder.
+struct ScheduledAction {
+  int frame;
+  std::string action;
+  std::string argument;
+};
+
+struct HostOptions {
+  HostConfig config;
+  std::string library = "libtoka.so";
+  int frames = 60;
+  std::string trace;       // trace file, or none
+  std::string screenshot;  // picture of the last frame, or none
+  bool printMenus = false;
+  std::vector<ScheduledAction> actions;
+};
+
+std::string HostUsage();
+// False with a reason for options that do not make sense.
+bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error);
+bool CheckAction(const ScheduledAction& action, std::string& error);
+
+// Loads the library, publishes the host's datarefs, starts the plugins and
+// loads the aircraft and scenery. False with a reason when the library
+// cannot be used.
+bool StartHost(const HostOptions& options, std::string& error);
+void RunFrame();
+void StopHost();
+// The whole run: start, the frames, stop. The process's exit status.
+int RunHost(const HostOptions& options);
+
+}  // namespace toka_host
+
+#endif

@@ -1,0 +1,194 @@
+// The simulator's menu bar: its own menus and those the library builds for
+// plugins (services 30 to 33 and 63), shown as text and picked by path.
+#include <algorithm>
+#include <cstdint>
+#include <map>
+
+#include "host/host.h"
+
+namespace toka_host {
+
+namespace {
+
+struct MenuItem {
+  int hostID;
+  std::string name;
+  int forceEnglish = 0;
+  int submenu = -1;     // the menu this item opens, if any
+  std::string command;  // the host's own items run a command
+};
+
+struct HostMenu {
+  std::string name;
+  std::vector<MenuItem> items;
+};
+
+constexpr int kMenuBar = 0;  // its items are the top-level menus
+std::map<int, HostMenu> gMenus;
+int gNextMenu = 1;
+int gNextItem = 1;
+
+HostMenu* MenuOf(int menu) {
+  auto found = gMenus.find(menu);
+  return found == gMenus.end() ? nullptr : &found->second;
+}
+
+MenuItem* ItemOf(int menu, int index) {
+  HostMenu* record = MenuOf(menu);
+  return record && index >= 0 && index < (int)record->items.size() ? &record->items[index] : nullptr;
+}
+
+int NewMenu(const std::string& name) {
+  int id = gNextMenu++;
+  gMenus[id].name = name;
+  return id;
+}
+
+int AddItem(int menu, size_t index, const std::string& name, int forceEnglish) {
+  HostMenu& record = gMenus[menu];
+  MenuItem item{gNextItem++, name, forceEnglish, -1, ""};
+  index = std::min(index, record.items.size());
+  record.items.insert(record.items.begin() + index, item);
+  return item.hostID;
+}
+
+void AddHostMenu(const std::string& name,
+                 const std::vector<std::pair<std::string, std::string>>& items) {
+  int menu = NewMenu(name);
+  gMenus[kMenuBar].items.push_back({gNextItem++, name, 0, menu, ""});
+  for (const auto& item : items) {
+    AddItem(menu, SIZE_MAX, item.first, 0);
+    gMenus[menu].items.back().command = item.second;
+  }
+}
+
+// Items cleared by the library keep their place as empty names; the user
+// does not see them.
+void AppendMenuText(int menu, int depth, std::string& text) {
+  HostMenu* record = MenuOf(menu);
+  if (!record) return;
+  for (size_t i = 0; i < record->items.size(); ++i) {
+    const MenuItem& item = record->items[i];
+    if (item.name.empty()) continue;
+    std::string line(depth * 2, ' ');
+    line += item.name == "-" ? "----" : item.name;
+    int checked = -1;
+    if (gLibrary.CheckMenuHook && gLibrary.CheckMenuHook(menu, (int)i, &checked) == 0 && checked >= 0)
+      line += checked ? " [x]" : " [ ]";
+    if (gLibrary.MenuItemEnabled && !gLibrary.MenuItemEnabled(menu, (int)i)) line += " (disabled)";
+    if (item.submenu != -1) line += " >";
+    text += line + "\n";
+    if (item.submenu != -1) AppendMenuText(item.submenu, depth + 1, text);
+  }
+}
+
+// ---- services --------------------------------------------------------------
+
+// A menu whose parent is the menu bar (0) becomes a top-level menu; any
+// other parent opens it from the given item.
+int CreateMenu(int parentMenu, int parentItem, const char* name) {
+  if (parentMenu != kMenuBar && !MenuOf(parentMenu)) return 0;
+  int menu = NewMenu(name ? name : "");
+  if (parentMenu == kMenuBar)
+    gMenus[kMenuBar].items.push_back({gNextItem++, name ? name : "", 0, menu, ""});
+  else if (MenuItem* item = ItemOf(parentMenu, parentItem))
+    item->submenu = menu;
+  return menu;
+}
+
+int AppendMenuItem(int menu, int index, const char* name, int forceEnglish) {
+  if (menu == kMenuBar || !MenuOf(menu)) return 0;
+  return AddItem(menu, index < 0 ? SIZE_MAX : (size_t)index, name ? name : "", forceEnglish);
+}
+
+void SetMenuItemName(int menu, int index, const char* name, int forceEnglish) {
+  if (MenuItem* item = menu == kMenuBar ? nullptr : ItemOf(menu, index)) {
+    item->name = name ? name : "";
+    item->forceEnglish = forceEnglish;
+  }
+}
+
+void DestroyMenu(int menu) {
+  if (menu == kMenuBar || !gMenus.erase(menu)) return;
+  // The item that opened it stays (the library removes it separately), and
+  // in the menu bar the menu's title goes with it.
+  for (auto& entry : gMenus) {
+    std::vector<MenuItem>& items = entry.second.items;
+    for (size_t i = items.size(); i-- > 0;) {
+      if (items[i].submenu != menu) continue;
+      if (entry.first == kMenuBar) items.erase(items.begin() + i);
+      else items[i].submenu = -1;
+    }
+  }
+}
+
+void RemoveMenuItem(int menu, int index) {
+  HostMenu* record = menu == kMenuBar ? nullptr : MenuOf(menu);
+  if (record && index >= 0 && index < (int)record->items.size())
+    record->items.erase(record->items.begin() + index);
+}
+
+}  // namespace
+
+void ResetMenus() {
+  gMenus.clear();
+  gMenus[kMenuBar].name = "";
+  gNextMenu = 1;
+  gNextItem = 1;
+  AddHostMenu("Sim", {{"Pause", "sim/operation/pause_toggle"},
+                      {"Reset flight", "sim/operation/reset_flight"},
+                      {"Quit", "sim/operation/quit"}});
+  AddHostMenu("View", {{"Default view", "sim/view/default_view"}});
+}
+
+std::string MenuTreeText() {
+  std::string text;
+  AppendMenuText(kMenuBar, 0, text);
+  return text;
+}
+
+bool PickMenuItem(const std::string& path) {
+  int menu = kMenuBar;
+  MenuItem* item = nullptr;
+  int index = -1;
+  size_t start = 0;
+  while (start <= path.size()) {
+    size_t end = path.find('/', start);
+    if (end == std::string::npos) end = path.size();
+    std::string name = path.substr(start, end - start);
+    HostMenu* record = item ? MenuOf(item->submenu) : MenuOf(menu);
+    if (item) menu = item->submenu;
+    if (!record) return false;
+    item = nullptr;
+    for (size_t i = 0; i < record->items.size(); ++i)
+      if (record->items[i].name == name) {
+        item = &record->items[i];
+        index = (int)i;
+        break;
+      }
+    if (!item) return false;
+    start = end + 1;
+  }
+  if (!item || item->submenu != -1 || menu == kMenuBar) return false;
+  // The user cannot pick what the menu shows greyed out.
+  if (gLibrary.MenuItemEnabled && !gLibrary.MenuItemEnabled(menu, index)) {
+    HostPrint("[menu] " + path + " is disabled\n");
+    return false;
+  }
+  HostPrint("[menu] " + path + "\n");
+  // The library answers 0 when a plugin's item was picked; the rest is ours.
+  std::string command = item->command;
+  if (gLibrary.MenuHook && gLibrary.MenuHook(item->hostID) == 0) return true;
+  if (!command.empty()) RunCommandOnce(FindHostCommand(command));
+  return true;
+}
+
+void AddMenuServices(TOKAHostServices& table) {
+  table.CreateMenu = CreateMenu;
+  table.AppendMenuItem = AppendMenuItem;
+  table.SetMenuItemName = SetMenuItemName;
+  table.DestroyMenu = DestroyMenu;
+  table.RemoveMenuItem = RemoveMenuItem;
+}
+
+}  // namespace toka_host

@@ -1,0 +1,109 @@
+// The world's clock, its start, the host's output, and the simulator events
+// that the world raises for the library.
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <set>
+
+#include "host/host.h"
+
+namespace toka_host {
+
+HostConfig gConfig;
+int gFrame = 0;
+double gRunningTime = 0;
+double gFlightTime = 0;
+bool gPaused = false;
+bool gQuitRequested = false;
+
+namespace {
+
+std::string* gCapture = nullptr;
+
+struct PendingEvent {
+  int code;
+  int param;
+  std::string folder;  // event 12 passes a folder; it must live through the call
+};
+std::vector<PendingEvent> gPendingEvents;
+std::set<std::string> gLoadedPackages;
+
+std::vector<std::string> SubfoldersOf(const std::string& folder) {
+  std::vector<std::string> names;
+  DIR* dir = opendir(folder.c_str());
+  if (!dir) return names;
+  while (dirent* entry = readdir(dir)) {
+    std::string name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    struct stat info;
+    if (stat((folder + name).c_str(), &info) == 0 && S_ISDIR(info.st_mode)) names.push_back(name);
+  }
+  closedir(dir);
+  // Sorted, so that runs on different file systems load in the same order.
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace
+
+void HostPrint(const std::string& text) {
+  if (gCapture) {
+    *gCapture += text;
+    return;
+  }
+  std::fputs(text.c_str(), stdout);
+  std::fflush(stdout);
+}
+
+void SetOutputCapture(std::string* capture) { gCapture = capture; }
+
+void QueueEvent(int code, int param) { gPendingEvents.push_back({code, param, ""}); }
+
+void QueueSceneryPackage(const std::string& folder) {
+  if (gLoadedPackages.insert(folder).second) gPendingEvents.push_back({12, 0, folder});
+}
+
+void QueueSceneryScan() {
+  std::string packages = gConfig.root + "Custom Scenery/";
+  for (const std::string& name : SubfoldersOf(packages)) QueueSceneryPackage(packages + name + "/");
+  QueueEvent(6, 0);
+}
+
+void SendQueuedEvents() {
+  // Events raised while these are handled wait for the next frame.
+  std::vector<PendingEvent> events;
+  events.swap(gPendingEvents);
+  if (!gLibrary.EventHook) return;
+  for (const PendingEvent& event : events) {
+    int param = event.code == 12 ? (int)(intptr_t)event.folder.c_str() : event.param;
+    gLibrary.EventHook(event.code, (float)gRunningTime, 0, param);
+  }
+}
+
+void ResetEvents() {
+  gPendingEvents.clear();
+  gLoadedPackages.clear();
+}
+
+void ResetWorld(const HostConfig& config) {
+  gConfig = config;
+  if (gConfig.root.empty() || gConfig.root.back() != '/') gConfig.root += '/';
+  gFrame = 0;
+  gRunningTime = gFlightTime = 0;
+  gPaused = false;
+  gQuitRequested = false;
+  ResetEvents();
+  ResetSystem();
+  CreateAircraft();
+  PlaceAircraftAtStart();
+  ResetTerrain();
+  ResetScreen();
+  ResetMenus();
+  ResetCommands();
+  ResetObjects();
+  ResetFms();
+}
+
+}  // namespace toka_host
