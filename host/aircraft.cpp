@@ -94,7 +94,7 @@ void ReadCameraPosition(float* x, float* y, float* z, float* pitch, float* headi
 }
 
 void SetAircraftModel(int index, const char* path, const char* name) {
-  if (index < 0 || index >= (int)gAircraft.size() || !path) return;
+  if (index < 0 || index >= (int)gAircraft.size() || !path || !*path) return;
   LoadAircraftModel(index, path);
 }
 
@@ -192,6 +192,10 @@ void LoadAircraftModel(int index, const std::string& path) {
     gLibrary.UpdatePlaneNameAndPath(index, name.data(), buffer.data());
     chosen = buffer.data();
   }
+  // Plugins may name a model below the simulator folder, as the user does;
+  // the host reports full paths, from which the library finds the folder of
+  // the aircraft's plugins.
+  chosen = ResolveUnderRoot(chosen);
   gAircraft[index].path = chosen;
   HostPrint("[aircraft] " + std::to_string(index) + " loads " + chosen + "\n");
   // The old model goes away and the new one arrives: the library unloads and
@@ -215,8 +219,9 @@ void UpdateTrafficFromPlugins() {
     CopyOut(name.data(), FileNameOf(gAircraft[i].path), name.size());
     CopyOut(buffer.data(), gAircraft[i].path, buffer.size());
     gLibrary.UpdatePlaneNameAndPath(i, name.data(), buffer.data());
-    if (gAircraft[i].path != buffer.data()) {
-      gAircraft[i].path = buffer.data();
+    std::string wanted = ResolveUnderRoot(buffer.data());
+    if (gAircraft[i].path != wanted) {
+      gAircraft[i].path = wanted;
       HostPrint("[aircraft] " + std::to_string(i) + " loads " + gAircraft[i].path + "\n");
       QueueEvent(8, i);
       QueueEvent(3, i);

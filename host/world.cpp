@@ -2,9 +2,11 @@
 // that the world raises for the library.
 #include <dirent.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <set>
 
 #include "host/host.h"
@@ -44,6 +46,20 @@ std::vector<std::string> SubfoldersOf(const std::string& folder) {
   // Sorted, so that runs on different file systems load in the same order.
   std::sort(names.begin(), names.end());
   return names;
+}
+
+// The simulator knows its folder as a full path, and so does every path it
+// hands out below it; a relative root would make a path the host reports
+// look like one to be resolved below the root again.
+std::string FullFolderPath(std::string folder) {
+  if (folder.empty() || folder.back() != '/') folder += '/';
+  if (folder[0] == '/') return folder;
+  while (folder.compare(0, 2, "./") == 0) folder.erase(0, 2);
+  char* cwd = getcwd(nullptr, 0);
+  std::string full = cwd ? std::string(cwd) : std::string(".");
+  std::free(cwd);
+  if (full.back() != '/') full += '/';
+  return full + folder;
 }
 
 }  // namespace
@@ -89,7 +105,7 @@ void ResetEvents() {
 
 void ResetWorld(const HostConfig& config) {
   gConfig = config;
-  if (gConfig.root.empty() || gConfig.root.back() != '/') gConfig.root += '/';
+  gConfig.root = FullFolderPath(gConfig.root);
   gFrame = 0;
   gRunningTime = gFlightTime = 0;
   gPaused = false;
