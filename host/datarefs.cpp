@@ -26,7 +26,17 @@ enum Field {
   kGroundSpeed,
   kTrueAirspeed,
   kNav1Frequency,
+  kLocalX,
+  kLocalY,
+  kLocalZ,
 };
+
+// The user's position in the local frame, one axis at a time.
+double LocalAxis(const Aircraft& user, Field axis) {
+  double local[3];
+  WorldToLocalPoint(user.latitude, user.longitude, user.elevation, local[0], local[1], local[2]);
+  return local[axis - kLocalX];
+}
 
 Field FieldOf(void* refcon) { return (Field)(intptr_t)refcon; }
 
@@ -43,6 +53,9 @@ double ReadDouble(void* refcon) {
     // No wind blows in this world: the air moves with the ground.
     case kGroundSpeed:
     case kTrueAirspeed: return user.groundSpeed;
+    case kLocalX:
+    case kLocalY:
+    case kLocalZ: return LocalAxis(user, FieldOf(refcon));
     default: return 0;
   }
 }
@@ -131,6 +144,9 @@ const NumberDataRef kNumberDataRefs[] = {
     {"sim/flightmodel/position/groundspeed", kFloat | kDouble, 0, kGroundSpeed},
     {"sim/flightmodel/position/true_airspeed", kFloat | kDouble, 0, kTrueAirspeed},
     {"sim/cockpit/radios/nav1_freq", kInt, 1, kNav1Frequency},
+    {"sim/flightmodel/position/local_x", kFloat | kDouble, 0, kLocalX},
+    {"sim/flightmodel/position/local_y", kFloat | kDouble, 0, kLocalY},
+    {"sim/flightmodel/position/local_z", kFloat | kDouble, 0, kLocalZ},
 };
 
 }  // namespace
