@@ -21,6 +21,7 @@ bool gQuitRequested = false;
 namespace {
 
 std::string* gCapture = nullptr;
+std::string gLog;
 
 struct PendingEvent {
   int code;
@@ -49,6 +50,7 @@ std::vector<std::string> SubfoldersOf(const std::string& folder) {
 }  // namespace
 
 void HostPrint(const std::string& text) {
+  gLog += text;
   if (gCapture) {
     *gCapture += text;
     return;
@@ -58,6 +60,8 @@ void HostPrint(const std::string& text) {
 }
 
 void SetOutputCapture(std::string* capture) { gCapture = capture; }
+
+const std::string& HostLog() { return gLog; }
 
 void QueueEvent(int code, int param) { gPendingEvents.push_back({code, param, ""}); }
 
@@ -94,6 +98,8 @@ void ResetWorld(const HostConfig& config) {
   gRunningTime = gFlightTime = 0;
   gPaused = false;
   gQuitRequested = false;
+  gLog.clear();
+  ResetServiceCallCounts();
   ResetEvents();
   ResetSystem();
   CreateAircraft();
