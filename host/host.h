@@ -362,6 +362,7 @@ bool WindowAt(int x, int y, SeenWindow& window);
 
 // ---- scenarios -------------------------------------------------------------
 
+// Expectations and output come last: IsCheck tells them by their place.
 enum class StepKind {
   // input
   Key, Click, Drag, Scroll, Move,
