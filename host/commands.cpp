@@ -126,6 +126,10 @@ void RunCommandOnce(TOKACommandRef ref) {
   CommandEnd(ref);
 }
 
+void PressCommand(TOKACommandRef ref) { CommandBegin(ref); }
+
+void ReleaseCommand(TOKACommandRef ref) { CommandEnd(ref); }
+
 void AddCommandServices(TOKAHostServices& table) {
   table.CreateCommand = CreateCommand;
   table.CommandBegin = CommandBegin;

@@ -1,8 +1,7 @@
 // The run: start-up, the frame loop and shutdown, in the order the
 // simulator follows, with a fixed time step so that every run of the same
 // plugins with the same options does the same things.
-#include <cctype>
-#include <cstdlib>
+#include <algorithm>
 
 #include "host/host.h"
 
@@ -12,59 +11,6 @@ namespace {
 
 HostOptions gOptions;
 FILE* gTrace = nullptr;
-
-std::vector<int> Numbers(const std::string& text) {
-  std::vector<int> numbers;
-  size_t start = 0;
-  while (start <= text.size()) {
-    size_t comma = text.find(',', start);
-    if (comma == std::string::npos) comma = text.size();
-    numbers.push_back(std::atoi(text.substr(start, comma - start).c_str()));
-    start = comma + 1;
-  }
-  return numbers;
-}
-
-// A key the plugins leave alone reaches the simulator's own key map.
-void PressKey(char key) {
-  char virtualKey = (char)std::toupper((unsigned char)key);
-  if (gLibrary.KeyPressHook(key, 0, virtualKey) == 0) return;
-  if (virtualKey == 'P') RunCommandOnce(FindHostCommand("sim/operation/pause_toggle"));
-}
-
-void Perform(const ScheduledAction& action) {
-  const std::string& name = action.action;
-  std::vector<int> numbers = Numbers(action.argument);
-  if (name == "mouse") {
-    gMouseX = numbers[0];
-    gMouseY = numbers[1];
-  } else if (name == "click") {
-    gMouseX = numbers[0];
-    gMouseY = numbers[1];
-    gLibrary.MouseClickHook(gMouseX, gMouseY, 1);
-    gLibrary.MouseClickHook(gMouseX, gMouseY, 0);
-  } else if (name == "scroll") {
-    gMouseX = numbers[0];
-    gMouseY = numbers[1];
-    gLibrary.ScrollWheelHook(gMouseX, gMouseY, 0, numbers[2]);
-  } else if (name == "key") {
-    PressKey(action.argument[0]);
-  } else if (name == "command") {
-    TOKACommandRef command = FindHostCommand(action.argument);
-    if (command) RunCommandOnce(command);
-    else HostPrint("[command] no command " + action.argument + "\n");
-  } else if (name == "pick") {
-    if (!PickMenuItem(action.argument)) HostPrint("[menu] no item " + action.argument + "\n");
-  } else if (name == "place") {
-    PlaceUserAtAirport(action.argument.c_str());
-  } else if (name == "event" && numbers[0] == 12) {
-    QueueSceneryScan();
-  } else if (name == "event") {
-    gLibrary.EventHook(numbers[0], (float)gRunningTime, 0, numbers.size() > 1 ? numbers[1] : 0);
-  } else if (name == "menus") {
-    HostPrint(MenuTreeText());
-  }
-}
 
 void CloseTrace() {
   TraceServicesTo(nullptr);
@@ -86,6 +32,7 @@ bool StartHost(const HostOptions& options, std::string& error) {
     }
     TraceServicesTo(gTrace);
   }
+  SetScenario(options.steps);
   // The host's datarefs exist before any plugin starts, as the simulator's do.
   if (gLibrary.RegisterDataAccessor)
     RegisterHostDataRefs(gLibrary.RegisterDataAccessor);
@@ -105,13 +52,13 @@ bool StartHost(const HostOptions& options, std::string& error) {
 
 void RunFrame() {
   ++gFrame;
+  NoteFrameStart();
   gRunningTime += gConfig.step;
   if (!gPaused) gFlightTime += gConfig.step;
   // What the previous frame asked for arrives first.
   CompletePendingObjectLoads();
   SendQueuedEvents();
-  for (const ScheduledAction& action : gOptions.actions)
-    if (action.frame == gFrame) Perform(action);
+  RunScenarioActions(gFrame);
 
   UpdateTrafficFromPlugins();
   if (!gPaused) MoveAircraft(gConfig.step);
@@ -128,6 +75,7 @@ void RunFrame() {
   // asked it not to.
   for (int code = 1; code <= 26; ++code)
     if (gLibrary.DoDrawingHook(code, 0)) DrawHostPhase(code);
+  RunScenarioChecks(gFrame);
 }
 
 void StopHost() {
@@ -146,11 +94,20 @@ int RunHost(const HostOptions& options) {
   if (!StartHost(options, error)) {
     std::fprintf(stderr, "toka-host: %s\n", error.c_str());
     CloseTrace();
-    return 1;
+    return kCannotRunStatus;
   }
+  // Steps of frame 0 see the plugins just started.
+  RunScenarioActions(0);
+  RunScenarioChecks(0);
   for (int frame = 0; frame < options.frames && !gQuitRequested; ++frame) RunFrame();
+  FinishScenario(gFrame);
   StopHost();
-  return 0;
+  int failures = ScenarioFailures(), steps = ScenarioStepCount();
+  if (failures)
+    std::fprintf(stderr, "toka-host: %d of %d steps failed\n", failures, steps);
+  else if (steps)
+    std::fprintf(stderr, "toka-host: all %d steps passed\n", steps);
+  return std::min(failures, kMaxFailureStatus);
 }
 
 }  // namespace toka_host

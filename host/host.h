@@ -41,9 +41,11 @@ void ResetWorld(const HostConfig& config);
 // ---- output ----------------------------------------------------------------
 
 // Everything the simulator shows in its log or on screen as text goes here:
-// standard output, or the capture string when one is set.
+// standard output, or the capture string when one is set. The log keeps all
+// of it since the world was last reset, for scenarios to look through.
 void HostPrint(const std::string& text);
 void SetOutputCapture(std::string* capture);
+const std::string& HostLog();
 
 // ---- the loaded library ----------------------------------------------------
 
@@ -77,6 +79,33 @@ struct HostLibrary {
   int (*UpdatePlaneNameAndPath)(int, char*, char*) = nullptr;
   // Plugin-facing, optional: older libraries lack it.
   RegisterDataAccessor_f RegisterDataAccessor = nullptr;
+  // Plugin-facing functions a scenario uses to look at and steer the
+  // plugins as a user of the simulator would (its plugin admin, its dataref
+  // viewer); null when the library lacks them.
+  int (*CountPlugins)() = nullptr;
+  void (*GetPluginInfo)(int, char*, char*, char*, char*) = nullptr;
+  int (*IsPluginEnabled)(int) = nullptr;
+  int (*EnablePlugin)(int) = nullptr;
+  void (*DisablePlugin)(int) = nullptr;
+  void (*ReloadPlugins)() = nullptr;
+  int (*GetMyID)() = nullptr;
+  void* (*FindDataRef)(const char*) = nullptr;
+  int (*CanWriteDataRef)(void*) = nullptr;
+  int (*GetDataRefTypes)(void*) = nullptr;
+  int (*GetDatai)(void*) = nullptr;
+  void (*SetDatai)(void*, int) = nullptr;
+  float (*GetDataf)(void*) = nullptr;
+  void (*SetDataf)(void*, float) = nullptr;
+  double (*GetDatad)(void*) = nullptr;
+  void (*SetDatad)(void*, double) = nullptr;
+  int (*GetDatavi)(void*, int*, int, int) = nullptr;
+  void (*SetDatavi)(void*, int*, int, int) = nullptr;
+  int (*GetDatavf)(void*, float*, int, int) = nullptr;
+  void (*SetDatavf)(void*, float*, int, int) = nullptr;
+  int (*GetDatab)(void*, void*, int, int) = nullptr;
+  void (*SetDatab)(void*, void*, int, int) = nullptr;
+  void (*GetWindowGeometry)(void*, int*, int*, int*, int*) = nullptr;
+  int (*GetWindowIsVisible)(void*) = nullptr;
 };
 
 extern HostLibrary gLibrary;
@@ -104,6 +133,11 @@ void AddObjectServices(TOKAHostServices& table);
 
 // Trace of every service call, one line each, to file (null stops tracing).
 void TraceServicesTo(FILE* file);
+// Every service call is counted by slot, traced or not.
+int ServiceSlot(const std::string& name);  // the slot of a service named as in the trace, or -1
+const char* ServiceName(int slot);
+long ServiceCallCount(int slot);  // calls since the last reset
+void ResetServiceCallCounts();
 
 // ---- time ------------------------------------------------------------------
 
@@ -186,7 +220,7 @@ uint32_t PixelAt(int x, int y);  // screen coordinates, y up
 void ResetScreen();
 void ClearScreen();
 void DrawHostPhase(int code);   // what the host draws itself when a phase is not skipped
-bool SaveScreen(const std::string& path);  // binary PPM
+bool SaveScreen(const std::string& path);  // PNG
 
 struct Marker {
   char kind;  // 'A' aircraft, 'O' object instance
@@ -210,8 +244,11 @@ constexpr int kGlyphRows = 7;
 void ResetMenus();
 std::string MenuTreeText();  // the menu bar as the user sees it
 // Picks an item by its path of names ("Plugins/Hello/Say hi"). False when no
-// such item exists.
+// such item exists or it is disabled.
 bool PickMenuItem(const std::string& path);
+// What the user sees of an item: false when there is no such item; checked
+// is 1 checked, 0 unchecked, -1 without a check mark.
+bool MenuItemState(const std::string& path, int& checked, bool& enabled);
 
 // ---- commands --------------------------------------------------------------
 
@@ -219,6 +256,8 @@ void ResetCommands();
 TOKACommandRef FindHostCommand(const std::string& name);
 bool IsCommandHeld(TOKACommandRef command);
 void RunCommandOnce(TOKACommandRef command);
+void PressCommand(TOKACommandRef command);    // held down until released
+void ReleaseCommand(TOKACommandRef command);
 
 // ---- objects ---------------------------------------------------------------
 
@@ -291,32 +330,118 @@ extern int gBoundTextures[4];
 int RegisterHostDataRefs(RegisterDataAccessor_f registerAccessor);
 extern char gBuildString[256];
 
-// ---- the run ---------------------------------------------------------------
+// ---- keyboard --------------------------------------------------------------
 
-// Input a run applies at a frame: "mouse", "click", "scroll", "key",
-// "command", "pick", "place", "event" or "menus", with its argument.
-// Event 12 (a scenery package) rescans the scenery folder, since a number
-// cannot stand for the package's folder.
-struct ScheduledAction {
-  int frame;
-  std::string action;
-  std::string argument;
+// The simulator's virtual keys, named as the plugins' key-name table names
+// them, with the character a press of the key types (0 for none).
+struct VirtualKey {
+  std::string name;
+  unsigned char code;
+  char character;
 };
+const std::vector<VirtualKey>& VirtualKeys();
+const VirtualKey* FindVirtualKey(const std::string& name);  // any case; null when unknown
+
+// Modifier flags of a key press. A press is one call, with no down or up bit.
+constexpr int kShiftFlag = 1, kAltFlag = 2, kControlFlag = 4;
+
+// A key press as the simulator handles it: the plugins first, then, if they
+// leave it, the simulator's own key map.
+void PressKey(char character, int flags, unsigned char virtualKey);
+
+// ---- plugin windows --------------------------------------------------------
+
+struct SeenWindow {
+  void* handle;
+  std::string plugin;  // the name of the plugin that created it
+  int left, top, right, bottom;
+};
+// A visible plugin window that covers a point (left and bottom edges inside,
+// right and top outside), the newest when several do; false when none does.
+bool WindowAt(int x, int y, SeenWindow& window);
+
+// ---- scenarios -------------------------------------------------------------
+
+// Expectations and output come last: IsCheck tells them by their place.
+enum class StepKind {
+  // input
+  Key, Click, Drag, Scroll, Move,
+  // the simulator
+  Menu, Command, SetDataRef, AircraftLoad, AircraftUnload, SceneryLoad, Message, CameraRelease,
+  Pause, Airport,
+  // the plugins
+  Enable, Disable, Reload,
+  // expectations
+  ExpectLogContains, ExpectLogMatches, ExpectDataRef, ExpectWindow, ExpectNoWindow,
+  ExpectPlugin, ExpectMenu, ExpectHostCall,
+  // output
+  Screenshot,
+};
+
+// Expectations and screenshots look at a frame once it is drawn; the other
+// steps act at the point of the frame where the user's input arrives.
+bool IsCheck(StepKind kind);
+
+struct ScenarioStep {
+  StepKind kind;
+  int frame = 0;      // 0: right after start-up, before the first frame
+  std::string where;  // "FILE:LINE", or "--at" for a step given on the command line
+  std::string text;   // the step as written
+  std::vector<int> numbers;  // coordinates, clicks, key code, character and flags, message
+  std::string name;  // dataref, command, plugin, menu path, file, text, regex, service, airport
+  std::string word;  // begin|end|once, a plugin or menu state
+  bool isText = false;      // a dataref value in double quotes...
+  std::string textValue;    // ...is this text
+  double value = 0;         // a dataref value, or the count of a host call
+  double tolerance = -1;    // "within": -1 when not given
+  bool hasCount = false;
+};
+
+// Parses a whole scenario file's text. Frames of "at SECONDS s" are counted
+// with the time step. False with "FILE:LINE:COLUMN: message" on the first
+// malformed line.
+bool ParseScenario(const std::string& text, const std::string& file, double step,
+                   std::vector<ScenarioStep>& steps, std::string& error);
+// Parses one step (not "at") for a frame. False with "COLUMN: message".
+bool ParseScenarioStep(const std::string& line, int frame, const std::string& where,
+                       ScenarioStep& step, std::string& error);
+
+// Running a scenario's steps in the frame loop.
+void SetScenario(const std::vector<ScenarioStep>& steps);
+void RunScenarioActions(int frame);   // and ends a drag of the previous frame
+void RunScenarioChecks(int frame);
+void NoteFrameStart();                // host calls are counted per frame
+void FinishScenario(int lastFrame);   // steps the run never reached fail
+int ScenarioFailures();
+int ScenarioStepCount();
+
+// ---- the run ---------------------------------------------------------------
 
 struct HostOptions {
   HostConfig config;
   std::string library = "libtoka.so";
   int frames = 60;
+  bool lengthGiven = false;  // --frames or --seconds; else a scenario sets the length
   std::string trace;       // trace file, or none
   std::string screenshot;  // picture of the last frame, or none
   bool printMenus = false;
-  std::vector<ScheduledAction> actions;
+  std::string scenario;    // the scenario file, or none
+  std::vector<ScenarioStep> steps;  // its steps, then those of --at
 };
+
+// Exit status of a run that could not start: bad options, a malformed
+// scenario, a library that cannot be used. A run that starts exits with the
+// number of failed steps, at most kMaxFailureStatus.
+constexpr int kCannotRunStatus = 101;
+constexpr int kMaxFailureStatus = 100;
 
 std::string HostUsage();
 // False with a reason for options that do not make sense.
 bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error);
-bool CheckAction(const ScheduledAction& action, std::string& error);
+// Reads the scenario file, if any, and sets the length of a run that was not
+// given one: the frame of the last step. False with the error to print as it
+// stands ("FILE:LINE:COLUMN: message" for a malformed line).
+bool LoadScenario(HostOptions& options, std::string& error);
 
 // Loads the library, publishes the host's datarefs, starts the plugins and
 // loads the aircraft and scenery. False with a reason when the library

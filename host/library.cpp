@@ -10,6 +10,11 @@ HostLibrary gLibrary;
 namespace {
 
 template <class F>
+void ResolveOptional(void* handle, const char* name, F& out) {
+  out = reinterpret_cast<F>(dlsym(handle, name));
+}
+
+template <class F>
 bool Resolve(void* handle, const char* name, F& out, std::string& error) {
   out = reinterpret_cast<F>(dlsym(handle, name));
   if (!out && error.empty()) error = std::string("the library lacks ") + name;
@@ -52,6 +57,30 @@ bool LoadHostLibrary(const std::string& path, std::string& error) {
   // Optional: a library without it runs, only without the host's datarefs.
   library.RegisterDataAccessor =
       reinterpret_cast<RegisterDataAccessor_f>(dlsym(handle, "TOKARegisterDataAccessor"));
+  ResolveOptional(handle, "TOKACountPlugins", library.CountPlugins);
+  ResolveOptional(handle, "TOKAGetPluginInfo", library.GetPluginInfo);
+  ResolveOptional(handle, "TOKAIsPluginEnabled", library.IsPluginEnabled);
+  ResolveOptional(handle, "TOKAEnablePlugin", library.EnablePlugin);
+  ResolveOptional(handle, "TOKADisablePlugin", library.DisablePlugin);
+  ResolveOptional(handle, "TOKAReloadPlugins", library.ReloadPlugins);
+  ResolveOptional(handle, "TOKAGetMyID", library.GetMyID);
+  ResolveOptional(handle, "TOKAFindDataRef", library.FindDataRef);
+  ResolveOptional(handle, "TOKACanWriteDataRef", library.CanWriteDataRef);
+  ResolveOptional(handle, "TOKAGetDataRefTypes", library.GetDataRefTypes);
+  ResolveOptional(handle, "TOKAGetDatai", library.GetDatai);
+  ResolveOptional(handle, "TOKASetDatai", library.SetDatai);
+  ResolveOptional(handle, "TOKAGetDataf", library.GetDataf);
+  ResolveOptional(handle, "TOKASetDataf", library.SetDataf);
+  ResolveOptional(handle, "TOKAGetDatad", library.GetDatad);
+  ResolveOptional(handle, "TOKASetDatad", library.SetDatad);
+  ResolveOptional(handle, "TOKAGetDatavi", library.GetDatavi);
+  ResolveOptional(handle, "TOKASetDatavi", library.SetDatavi);
+  ResolveOptional(handle, "TOKAGetDatavf", library.GetDatavf);
+  ResolveOptional(handle, "TOKASetDatavf", library.SetDatavf);
+  ResolveOptional(handle, "TOKAGetDatab", library.GetDatab);
+  ResolveOptional(handle, "TOKASetDatab", library.SetDatab);
+  ResolveOptional(handle, "TOKAGetWindowGeometry", library.GetWindowGeometry);
+  ResolveOptional(handle, "TOKAGetWindowIsVisible", library.GetWindowIsVisible);
   gLibrary = library;
   return true;
 }

@@ -1,7 +1,7 @@
 // toka-host: a headless stand-in for the simulator. It loads libtoka.so as
 // the simulator does, hands it the host services of a small simulated world,
 // runs a number of frames and shuts the plugins down, so that plugins can be
-// run and watched without the simulator.
+// run, watched and tested against a scenario without the simulator.
 #include <cstdio>
 #include <cstring>
 
@@ -17,7 +17,11 @@ int main(int argc, char** argv) {
   std::string error;
   if (!toka_host::ParseHostOptions(argc, argv, options, error)) {
     std::fprintf(stderr, "toka-host: %s\n\n%s", error.c_str(), toka_host::HostUsage().c_str());
-    return 2;
+    return toka_host::kCannotRunStatus;
+  }
+  if (!toka_host::LoadScenario(options, error)) {
+    std::fprintf(stderr, "%s\n", error.c_str());
+    return toka_host::kCannotRunStatus;
   }
   return toka_host::RunHost(options);
 }

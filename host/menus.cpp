@@ -147,10 +147,12 @@ std::string MenuTreeText() {
   return text;
 }
 
-bool PickMenuItem(const std::string& path) {
-  int menu = kMenuBar;
+namespace {
+
+// Follows a path of names from the menu bar to an item that opens no menu.
+MenuItem* FindPickableItem(const std::string& path, int& menu, int& index) {
+  menu = kMenuBar;
   MenuItem* item = nullptr;
-  int index = -1;
   size_t start = 0;
   while (start <= path.size()) {
     size_t end = path.find('/', start);
@@ -158,7 +160,7 @@ bool PickMenuItem(const std::string& path) {
     std::string name = path.substr(start, end - start);
     HostMenu* record = item ? MenuOf(item->submenu) : MenuOf(menu);
     if (item) menu = item->submenu;
-    if (!record) return false;
+    if (!record) return nullptr;
     item = nullptr;
     for (size_t i = 0; i < record->items.size(); ++i)
       if (record->items[i].name == name) {
@@ -166,12 +168,25 @@ bool PickMenuItem(const std::string& path) {
         index = (int)i;
         break;
       }
-    if (!item) return false;
+    if (!item) return nullptr;
     start = end + 1;
   }
-  if (!item || item->submenu != -1 || menu == kMenuBar) return false;
+  if (!item || item->submenu != -1 || menu == kMenuBar) return nullptr;
+  return item;
+}
+
+bool IsEnabled(int menu, int index) {
+  return !gLibrary.MenuItemEnabled || gLibrary.MenuItemEnabled(menu, index);
+}
+
+}  // namespace
+
+bool PickMenuItem(const std::string& path) {
+  int menu, index;
+  MenuItem* item = FindPickableItem(path, menu, index);
+  if (!item) return false;
   // The user cannot pick what the menu shows greyed out.
-  if (gLibrary.MenuItemEnabled && !gLibrary.MenuItemEnabled(menu, index)) {
+  if (!IsEnabled(menu, index)) {
     HostPrint("[menu] " + path + " is disabled\n");
     return false;
   }
@@ -180,6 +195,15 @@ bool PickMenuItem(const std::string& path) {
   std::string command = item->command;
   if (gLibrary.MenuHook && gLibrary.MenuHook(item->hostID) == 0) return true;
   if (!command.empty()) RunCommandOnce(FindHostCommand(command));
+  return true;
+}
+
+bool MenuItemState(const std::string& path, int& checked, bool& enabled) {
+  int menu, index;
+  if (!FindPickableItem(path, menu, index)) return false;
+  checked = -1;
+  if (gLibrary.CheckMenuHook && gLibrary.CheckMenuHook(menu, index, &checked) != 0) checked = -1;
+  enabled = IsEnabled(menu, index);
   return true;
 }
 

@@ -1,7 +1,10 @@
 // toka-host's command line.
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
+#include <sstream>
 
 #include "host/host.h"
 
@@ -26,23 +29,6 @@ bool ToDouble(const std::string& text, double& value) {
   return !*end && std::isfinite(value);
 }
 
-// "A,B" or "A,B,C" as integers.
-bool ToInts(const std::string& text, std::vector<int>& values, size_t count) {
-  values.clear();
-  size_t start = 0;
-  while (true) {
-    size_t comma = text.find(',', start);
-    int value;
-    if (!ToInt(text.substr(start, comma == std::string::npos ? std::string::npos : comma - start),
-               value))
-      return false;
-    values.push_back(value);
-    if (comma == std::string::npos) break;
-    start = comma + 1;
-  }
-  return values.size() == count;
-}
-
 }  // namespace
 
 std::string HostUsage() {
@@ -55,7 +41,8 @@ std::string HostUsage() {
          "                          DIR/Resources/plugins, scenery packages in\n"
          "                          DIR/Custom Scenery (default: ./)\n"
          "  --library FILE          the plugin manager library to load (default: libtoka.so)\n"
-         "  --frames N              number of frames to run (default: 60)\n"
+         "  --frames N              number of frames to run (default: 60, or as many as\n"
+         "                          the scenario's steps need)\n"
          "  --seconds S             run S simulated seconds instead of a number of frames\n"
          "  --step SECONDS          simulated time per frame (default: 1/60)\n"
          "  --screen WxH            screen size in pixels (default: 1280x800)\n"
@@ -71,35 +58,14 @@ std::string HostUsage() {
          "                          one line per call: frame, slot, service, arguments,\n"
          "                          result\n"
          "  --print-menus           print the menu bar after the last frame\n"
-         "  --screenshot FILE       save the last frame as a PPM picture\n"
-         "  --at FRAME:ACTION       do something at a frame (may be repeated):\n"
-         "                            mouse=X,Y      move the mouse\n"
-         "                            click=X,Y      press and release the mouse button there\n"
-         "                            scroll=X,Y,N   turn the scroll wheel N clicks there\n"
-         "                            key=C          press the key C\n"
-         "                            command=NAME   run a command once\n"
-         "                            pick=PATH      pick a menu item, as Plugins/Name/Item\n"
-         "                            place=ICAO     put the user's aircraft on an airport\n"
-         "                            event=CODE[,PARAM]  send a simulator event (12 looks for\n"
-         "                                           new scenery packages)\n"
-         "                            menus          print the menu bar\n"
+         "  --screenshot FILE       save the last frame as a PNG picture\n"
+         "  --scenario FILE         run the steps of a scenario file (see the README):\n"
+         "                          input, simulator events and expectations, frame by\n"
+         "                          frame; the exit status is the number of failed steps\n"
+         "                          (at most 100), 101 when the run cannot start\n"
+         "  --at FRAME:STEP         one scenario step at a frame (may be repeated), for\n"
+         "                          example --at '10:key P' or '20:menu \"Sim/Pause\"'\n"
          "  --help                  show this text\n";
-}
-
-bool CheckAction(const ScheduledAction& action, std::string& error) {
-  std::vector<int> values;
-  const std::string& name = action.action;
-  bool good;
-  if (name == "mouse" || name == "click") good = ToInts(action.argument, values, 2);
-  else if (name == "scroll") good = ToInts(action.argument, values, 3);
-  else if (name == "event") good = ToInts(action.argument, values, 1) || ToInts(action.argument, values, 2);
-  else if (name == "key") good = action.argument.size() == 1;
-  else if (name == "command" || name == "pick") good = !action.argument.empty();
-  else if (name == "place") good = FindAirport(action.argument) != nullptr;
-  else if (name == "menus") good = action.argument.empty();
-  else good = false;
-  if (!good) error = "bad action " + name + (action.argument.empty() ? "" : "=" + action.argument);
-  return good;
 }
 
 bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error) {
@@ -128,8 +94,10 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
       options.library = text;
     } else if (arg == "--frames") {
       good = ToInt(text, options.frames) && options.frames >= 0;
+      options.lengthGiven = true;
     } else if (arg == "--seconds") {
       good = ToDouble(text, seconds) && seconds >= 0;
+      options.lengthGiven = true;
     } else if (arg == "--step") {
       good = ToDouble(text, config.step) && config.step > 0;
     } else if (arg == "--screen") {
@@ -154,19 +122,21 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
       options.trace = text;
     } else if (arg == "--screenshot") {
       options.screenshot = text;
+    } else if (arg == "--scenario") {
+      good = !text.empty() && options.scenario.empty();
+      options.scenario = text;
     } else if (arg == "--at") {
       size_t colon = text.find(':');
-      ScheduledAction action;
-      good = colon != std::string::npos && ToInt(text.substr(0, colon), action.frame) &&
-             action.frame >= 1;
-      if (good) {
-        std::string what = text.substr(colon + 1);
-        size_t equals = what.find('=');
-        action.action = what.substr(0, equals);
-        action.argument = equals == std::string::npos ? "" : what.substr(equals + 1);
-        if (!CheckAction(action, error)) return false;
-        options.actions.push_back(action);
+      int frame = 0;
+      good = colon != std::string::npos && ToInt(text.substr(0, colon), frame) && frame >= 0;
+      ScenarioStep step;
+      std::string problem;
+      if (good && !ParseScenarioStep(text.substr(colon + 1), frame, "--at", step, problem)) {
+        // The column counts from the start of the step, after "FRAME:".
+        error = "bad value for --at: " + text + ": column " + problem;
+        return false;
       }
+      if (good) options.steps.push_back(step);
     } else {
       error = "unknown option " + arg;
       return false;
@@ -177,6 +147,28 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     }
   }
   if (seconds >= 0) options.frames = (int)std::ceil(seconds / options.config.step - 1e-9);
+  return true;
+}
+
+bool LoadScenario(HostOptions& options, std::string& error) {
+  if (!options.scenario.empty()) {
+    std::ifstream in(options.scenario, std::ios::binary);
+    std::stringstream text;
+    if (in.is_open()) text << in.rdbuf();
+    if (!in.is_open() || in.bad()) {
+      error = "toka-host: cannot read the scenario " + options.scenario;
+      return false;
+    }
+    std::vector<ScenarioStep> steps;
+    if (!ParseScenario(text.str(), options.scenario, options.config.step, steps, error))
+      return false;
+    // The file's steps come first at a frame, then those of --at.
+    options.steps.insert(options.steps.begin(), steps.begin(), steps.end());
+  }
+  if (!options.lengthGiven && !options.steps.empty()) {
+    options.frames = 0;
+    for (const ScenarioStep& step : options.steps) options.frames = std::max(options.frames, step.frame);
+  }
   return true;
 }
 

@@ -289,18 +289,6 @@ void DrawHostPhase(int code) {
   }
 }
 
-bool SaveScreen(const std::string& path) {
-  FILE* file = std::fopen(path.c_str(), "wb");
-  if (!file) return false;
-  std::fprintf(file, "P6\n%d %d\n255\n", gConfig.screenWidth, gConfig.screenHeight);
-  for (uint32_t pixel : gFramebuffer) {
-    unsigned char rgb[3] = {(unsigned char)(pixel >> 16), (unsigned char)(pixel >> 8),
-                            (unsigned char)pixel};
-    std::fwrite(rgb, 1, 3, file);
-  }
-  return std::fclose(file) == 0;
-}
-
 void AddScreenServices(TOKAHostServices& table) {
   table.GetScreenSize = GetScreenSize;
   table.GetMouseLocation = GetMouseLocation;

@@ -1,5 +1,7 @@
-// The host services table handed to the library, and the trace that shows a
-// plugin author every service the plugins made the library ask for.
+// The host services table handed to the library, with a count of the calls to
+// each service (what a scenario's "expect host-call" looks at) and the trace
+// that shows a plugin author every service the plugins made the library ask
+// for.
 #include <cinttypes>
 #include <cstring>
 #include <type_traits>
@@ -33,8 +35,10 @@ namespace {
   X(70, LoadObjectAsync)
 
 TOKAHostServices gDirect;    // the services themselves
-TOKAHostServices gServices;  // what the library calls: gDirect, or tracing in front of it
+TOKAHostServices gServices;  // what the library calls: counting and tracing in front of gDirect
 FILE* gTraceFile = nullptr;
+constexpr int kSlots = 71;
+long gCallCounts[kSlots];
 bool gBuffersHoldText = false;  // set while formatting a call whose buffers the host filled
 
 // ---- formatting of arguments and results -----------------------------------
@@ -103,32 +107,21 @@ std::string FormatArguments(A... args) {
   return text;
 }
 
-const char* SlotName(int slot) {
-  switch (slot) {
-#define TOKA_SLOT_NAME(slot, name) \
-  case slot:                       \
-    return #name;
-    TOKA_HOST_SERVICE_SLOTS(TOKA_SLOT_NAME)
-#undef TOKA_SLOT_NAME
-    default:
-      return "?";
-  }
-}
-
 void WriteTraceLine(int slot, const std::string& arguments, const std::string& result) {
   if (!gTraceFile) return;
-  std::fprintf(gTraceFile, "frame %d slot %d %s(%s)%s%s\n", gFrame, slot, SlotName(slot),
+  std::fprintf(gTraceFile, "frame %d slot %d %s(%s)%s%s\n", gFrame, slot, ServiceName(slot),
                arguments.c_str(), result.empty() ? "" : " -> ", result.c_str());
   std::fflush(gTraceFile);
 }
 
-// The line is written when the service returns, so that it shows what the
-// service answered; calls made while a service runs (the handlers of a
-// command, a plugin's choice of model) come before it.
+// Stands in front of a service: counts the call and, while tracing, writes
+// its line. The line is written when the service returns, so that it shows
+// what the service answered; calls made while a service runs (the handlers
+// of a command, a plugin's choice of model) come before it.
 template <int Slot, auto Member>
-struct Traced;
+struct Observed;
 template <int Slot, class R, class... A, R (*TOKAHostServices::*Member)(A...)>
-struct Traced<Slot, Member> {
+struct Observed<Slot, Member> {
   // Aircraft model (18), system path (25) and preferences path (26).
   static constexpr bool kFillsText = Slot == 18 || Slot == 25 || Slot == 26;
   static std::string Arguments(A... args) {
@@ -138,12 +131,13 @@ struct Traced<Slot, Member> {
     return text;
   }
   static R Call(A... args) {
+    ++gCallCounts[Slot];
     if constexpr (std::is_void_v<R>) {
       (gDirect.*Member)(args...);
-      WriteTraceLine(Slot, Arguments(args...), "");
+      if (gTraceFile) WriteTraceLine(Slot, Arguments(args...), "");
     } else {
       R result = (gDirect.*Member)(args...);
-      WriteTraceLine(Slot, Arguments(args...), Format(result));
+      if (gTraceFile) WriteTraceLine(Slot, Arguments(args...), Format(result));
       return result;
     }
   }
@@ -165,6 +159,10 @@ void BuildDirectTable() {
   AddCommandServices(gDirect);
   AddObjectServices(gDirect);
   gServices = gDirect;
+#define TOKA_OBSERVE_SLOT(slot, name) \
+  gServices.name = &Observed<slot, &TOKAHostServices::name>::Call;
+  TOKA_HOST_SERVICE_SLOTS(TOKA_OBSERVE_SLOT)
+#undef TOKA_OBSERVE_SLOT
 }
 
 }  // namespace
@@ -177,14 +175,28 @@ TOKAHostServices* HostServices() {
 void TraceServicesTo(FILE* file) {
   BuildDirectTable();
   gTraceFile = file;
-  if (!file) {
-    gServices = gDirect;
-    return;
-  }
-#define TOKA_TRACE_SLOT(slot, name) \
-  gServices.name = &Traced<slot, &TOKAHostServices::name>::Call;
-  TOKA_HOST_SERVICE_SLOTS(TOKA_TRACE_SLOT)
-#undef TOKA_TRACE_SLOT
 }
+
+const char* ServiceName(int slot) {
+  switch (slot) {
+#define TOKA_SLOT_NAME(slot, name) \
+  case slot:                       \
+    return #name;
+    TOKA_HOST_SERVICE_SLOTS(TOKA_SLOT_NAME)
+#undef TOKA_SLOT_NAME
+    default:
+      return "?";
+  }
+}
+
+int ServiceSlot(const std::string& name) {
+  for (int slot = 2; slot < kSlots; ++slot)
+    if (name == ServiceName(slot)) return slot;
+  return -1;
+}
+
+long ServiceCallCount(int slot) { return slot >= 0 && slot < kSlots ? gCallCounts[slot] : 0; }
+
+void ResetServiceCallCounts() { std::memset(gCallCounts, 0, sizeof gCallCounts); }
 
 }  // namespace toka_host

@@ -23,6 +23,7 @@ bool gQuitRequested = false;
 namespace {
 
 std::string* gCapture = nullptr;
+std::string gLog;
 
 struct PendingEvent {
   int code;
@@ -65,6 +66,7 @@ std::string FullFolderPath(std::string folder) {
 }  // namespace
 
 void HostPrint(const std::string& text) {
+  gLog += text;
   if (gCapture) {
     *gCapture += text;
     return;
@@ -74,6 +76,8 @@ void HostPrint(const std::string& text) {
 }
 
 void SetOutputCapture(std::string* capture) { gCapture = capture; }
+
+const std::string& HostLog() { return gLog; }
 
 void QueueEvent(int code, int param) { gPendingEvents.push_back({code, param, ""}); }
 
@@ -110,6 +114,8 @@ void ResetWorld(const HostConfig& config) {
   gRunningTime = gFlightTime = 0;
   gPaused = false;
   gQuitRequested = false;
+  gLog.clear();
+  ResetServiceCallCounts();
   ResetEvents();
   ResetSystem();
   CreateAircraft();

@@ -3,7 +3,7 @@
 # Safe to run again: it installs only what is missing.
 set -euo pipefail
 
-packages=(g++-multilib cmake make libgtest-dev:i386 libbenchmark-dev:i386 binutils)
+packages=(g++-multilib cmake make libgtest-dev:i386 libbenchmark-dev:i386 libpng-dev:i386 binutils)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -173,7 +173,10 @@ std::vector<std::string> FrameCalls(int cursorX, int cursorY) {
 TEST_F(HostRun, EachFrameRunsTheSimulatorsStepsInOrderWithAFixedStep) {
   HostOptions options = Options();
   options.config.step = 0.05;
-  options.actions = {{3, "mouse", "10,20"}, {3, "key", "p"}};
+  options.steps.resize(2);
+  std::string error;
+  ASSERT_TRUE(ParseScenarioStep("move 10 20", 3, "--at", options.steps[0], error)) << error;
+  ASSERT_TRUE(ParseScenarioStep("key P", 3, "--at", options.steps[1], error)) << error;
   Start(options);
   NoteHooks();
   RunFrame();
@@ -193,7 +196,7 @@ TEST_F(HostRun, EachFrameRunsTheSimulatorsStepsInOrderWithAFixedStep) {
   expected = FrameCalls(10, 20);
   expected.insert(expected.begin(), {"event 1", "event 4"});
   EXPECT_EQ(expected, gHookCalls);
-  EXPECT_TRUE(gPaused);  // "p" went past the plugins to the simulator's key map
+  EXPECT_TRUE(gPaused);  // P went past the plugins to the simulator's key map
   gHookCalls.clear();
   RunFrame();
   EXPECT_EQ("event 13", gHookCalls.at(0));
@@ -310,29 +313,31 @@ TEST(HostProgram, RunsTheExamplePluginsThroughTheirWholeLife) {
 
 TEST(HostProgram, ThousandsOfFramesWithUserInputEndCleanly) {
   TempTree scratch;
-  std::string trace = scratch.root() + "trace.txt", picture = scratch.root() + "last.ppm";
+  std::string trace = scratch.root() + "trace.txt", picture = scratch.root() + "last.png";
   ProgramRun run = RunProgram(
       ExampleArguments() + " --frames 3000 --trace '" + trace + "' --screenshot '" + picture +
-      "' --at 10:mouse=100,100 --at 20:click=200,300 --at 30:key=p"
-      " --at 40:command=sim/operation/pause_toggle --at 50:pick=Sim/Pause --at 60:place=KOLM"
-      " --at 70:scroll=5,5,2 --at 80:event=2 --at 90:command=sim/operation/reset_flight"
-      " --at 100:pick=Plugins/None");
-  ASSERT_EQ(0, run.status) << run.err;
+      "' --at '10:move 100 100' --at '20:click 200 300' --at '30:key P'"
+      " --at '40:command sim/operation/pause_toggle once' --at '50:menu \"Sim/Pause\"'"
+      " --at '60:airport KOLM' --at '70:scroll 5 5 2' --at '80:message 101'"
+      " --at '90:command sim/operation/reset_flight once' --at '100:menu \"Plugins/None\"'");
+  // The one step that cannot be carried out is the only failure.
+  ASSERT_EQ(1, run.status) << run.err;
   ExpectNoSanitizerReport(run.err);
+  EXPECT_EQ("--at: frame 100: menu \"Plugins/None\"\n"
+            "  expected: a menu item \"Plugins/None\"\n"
+            "  found:    no such item\n"
+            "toka-host: 1 of 10 steps failed\n",
+            run.err);
   size_t at = 0;
   for (std::string step : {"[sim] paused\n", "[sim] running\n", "[menu] Sim/Pause\n[sim] paused\n",
-                           "[aircraft] placed at KOLM Olympia Regional\n",
-                           "[menu] no item Plugins/None\n", "hello: stopped\n"}) {
+                           "[aircraft] placed at KOLM Olympia Regional\n", "hello: stopped\n"}) {
     size_t found = run.out.find(step, at);
     ASSERT_NE(std::string::npos, found) << step << " in\n" << run.out;
     at = found + step.size();
   }
   EXPECT_NE(std::string::npos,
             ReadFile(trace).find("frame 3000 slot 29 DebugString(\"hello: stopped\\n\")\n"));
-  std::ifstream screen(picture, std::ios::binary);
-  std::string magic;
-  screen >> magic;
-  EXPECT_EQ("P6", magic);
+  EXPECT_EQ(0u, ReadFile(picture).find("\x89PNG\r\n\x1a\n"));
 }
 
 TEST(HostProgram, HelpDocumentsEveryOptionAndEachIsUnderstood) {
@@ -344,7 +349,8 @@ TEST(HostProgram, HelpDocumentsEveryOptionAndEachIsUnderstood) {
       {"--seconds", "1.5"},      {"--step", "0.02"},            {"--screen", "640x480"},
       {"--airport", "KOLM"},     {"--aircraft", "a/b.acf"},     {"--traffic", "4"},
       {"--ground-elevation", "12"}, {"--terrain-extent", "5000"}, {"--trace", "t.txt"},
-      {"--screenshot", "s.ppm"}, {"--at", "3:key=x"},           {"--print-menus", ""}};
+      {"--screenshot", "s.png"}, {"--at", "3:key X"},           {"--print-menus", ""},
+      {"--scenario", "s.scenario"}};
   std::regex option(R"(\n  (--[a-z-]+))");
   int documented = 0;
   for (std::sregex_iterator it(run.out.begin(), run.out.end(), option), end; it != end; ++it) {
@@ -369,11 +375,14 @@ TEST(HostProgram, HelpDocumentsEveryOptionAndEachIsUnderstood) {
   EXPECT_EQ((int)std::ceil(1.5 / 0.02 - 1e-9), options.frames);
 
   run = RunProgram("--screen 0x10");
-  EXPECT_EQ(2, run.status);
+  EXPECT_EQ(kCannotRunStatus, run.status);
   EXPECT_EQ(0u, run.err.find("toka-host: bad value for --screen: 0x10\n"));
-  run = RunProgram("--at 5:fly=high");
-  EXPECT_EQ(2, run.status);
-  EXPECT_EQ(0u, run.err.find("toka-host: bad action fly=high\n"));
+  run = RunProgram("--at '5:fly high'");
+  EXPECT_EQ(kCannotRunStatus, run.status);
+  EXPECT_EQ(0u, run.err.find("toka-host: bad value for --at: 5:fly high: column 1: unknown step \"fly\"\n"));
+  run = RunProgram("--at 'x:pause'");
+  EXPECT_EQ(kCannotRunStatus, run.status);
+  EXPECT_EQ(0u, run.err.find("toka-host: bad value for --at: x:pause\n"));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // library: navigation and FMS, the screen and its font, menus, commands,
 // objects, and the system services.
 #include <gtest/gtest.h>
+#include <png.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -430,10 +431,15 @@ TEST_F(ServiceGroups, SystemServicesAnswerFromTheRootAndPrintWhatTheUserWouldSee
   EXPECT_EQ(7, frameNumber());
   EXPECT_EQ(nullptr, services->FindSymbol("NoSuchFunction"));
   auto saveScreen = reinterpret_cast<int (*)(const char*)>(services->FindSymbol("HostSaveScreen"));
-  std::string picture = tree.root() + "screen.ppm";
+  std::string picture = tree.root() + "screen.png";
   ASSERT_EQ(1, saveScreen(picture.c_str()));
-  std::ifstream in(picture, std::ios::binary | std::ios::ate);
-  EXPECT_EQ((std::streamoff)(std::strlen("P6\n320 240\n255\n") + 320 * 240 * 3), (std::streamoff)in.tellg());
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  ASSERT_TRUE(png_image_begin_read_from_file(&image, picture.c_str())) << image.message;
+  EXPECT_EQ(320u, image.width);
+  EXPECT_EQ(240u, image.height);
+  png_image_free(&image);
+  EXPECT_EQ(0, saveScreen((tree.root() + "no/such/folder/screen.png").c_str()));
 }
 
 }  // namespace
