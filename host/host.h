@@ -355,6 +355,7 @@ struct SeenWindow {
   void* handle;
   std::string plugin;  // the name of the plugin that created it
   int left, top, right, bottom;
+  int pluginID;  // the ID of the plugin that created it
 };
 // A visible plugin window that covers a point (left and bottom edges inside,
 // right and top outside), the newest when several do; false when none does.

@@ -30,9 +30,11 @@ F LibraryFunction(const char* name) {
   return reinterpret_cast<F>(function);
 }
 
-std::string CallingPluginName() {
-  if (!gLibrary.GetMyID || !gLibrary.GetPluginInfo || !gLibrary.CountPlugins) return "";
-  int id = gLibrary.GetMyID();
+// Windows are noted with their creator's ID and named when asked about: a
+// plugin that creates its windows while it starts, as most do, has no name
+// yet (the library knows it by its file name until its start returns).
+std::string PluginName(int id) {
+  if (!gLibrary.GetPluginInfo || !gLibrary.CountPlugins) return "";
   if (id < 0 || id >= gLibrary.CountPlugins()) return "";
   char name[256] = "";
   gLibrary.GetPluginInfo(id, name, nullptr, nullptr, nullptr);
@@ -44,7 +46,8 @@ void NoteWindow(void* handle) {
   // A new window may reuse the address of a destroyed one.
   for (size_t i = 0; i < gSeenWindows.size(); ++i)
     if (gSeenWindows[i].handle == handle) gSeenWindows.erase(gSeenWindows.begin() + i);
-  gSeenWindows.push_back({handle, CallingPluginName(), 0, 0, 0, 0});
+  int creator = gLibrary.GetMyID ? gLibrary.GetMyID() : -1;
+  gSeenWindows.push_back({handle, "", 0, 0, 0, 0, creator});
 }
 
 // Refreshes the geometry of a noted window from the library; false when the
@@ -70,6 +73,7 @@ bool WindowAt(int x, int y, SeenWindow& found) {
     if (!gLibrary.GetWindowIsVisible || !gLibrary.GetWindowIsVisible(window.handle)) continue;
     if (window.left <= x && x < window.right && window.bottom <= y && y < window.top) {
       found = window;
+      found.plugin = PluginName(window.pluginID);
       return true;
     }
   }
