@@ -454,23 +454,50 @@ TEST_F(ScenarioRun, AMalformedScenarioNeverStarts) {
   EXPECT_EQ("toka-host: cannot read the scenario " + tree.root() + "none.scenario\n", run.err);
 }
 
-TEST(ExampleScenarios, EveryExamplesScenarioPasses) {
-  int scenarios = 0;
+// Each example's scenario holds on the built examples, and none holds
+// vacuously: on a simulator folder without plugins every one fails, with
+// one report per failed step and as many as the exit status says.
+TEST(ExampleScenarios, EveryExamplesScenarioPassesAndFailsWithoutTheExamples) {
+  TempTree empty;
+  std::vector<std::string> scenarios;
   std::string examples = TOKA_EXAMPLES_SOURCE;
   for (const std::string& folder : TempTree::Listing(examples)) {
     if (folder[0] == '.') continue;
     for (const std::string& name : TempTree::Listing(examples + folder)) {
       if (name.size() < 10 || name.compare(name.size() - 9, 9, ".scenario") != 0) continue;
-      ++scenarios;
-      ProgramRun run = RunProgram(TOKA_HOST_BINARY, std::string("--root '") + TOKA_EXAMPLES_ROOT +
-                                                        "' --library '" + TOKA_LIBRARY_FILE +
-                                                        "' --scenario '" + examples + folder +
-                                                        "/" + name + "'");
-      EXPECT_EQ(0, run.status) << folder << "/" << name << "\n" << run.err;
+      std::string scenario = examples + folder + "/" + name;
+      scenarios.push_back(folder + "/" + name);
+      std::string arguments = "' --library '" + std::string(TOKA_LIBRARY_FILE) +
+                              "' --scenario '" + scenario + "'";
+      ProgramRun run = RunProgram(TOKA_HOST_BINARY, "--root '" + std::string(TOKA_EXAMPLES_ROOT) +
+                                                        arguments);
+      EXPECT_EQ(0, run.status) << scenario << "\n" << run.err;
       EXPECT_NE(std::string::npos, run.err.find(" steps passed\n")) << run.err;
+
+      run = RunProgram(TOKA_HOST_BINARY, "--root '" + empty.root() + arguments);
+      int reports = 0;
+      for (size_t at = run.err.find("\n  expected: "); at != std::string::npos;
+           at = run.err.find("\n  expected: ", at + 1))
+        ++reports;
+      EXPECT_GT(reports, 0) << scenario << " holds without its plugins";
+      EXPECT_EQ(std::min(reports, kMaxFailureStatus), run.status) << run.err;
+      EXPECT_NE(std::string::npos,
+                run.err.find("toka-host: " + std::to_string(reports) + " of "))
+          << run.err;
+      if (name == "hello.scenario") {
+        EXPECT_EQ(0u, run.err.find(scenario + ":4: frame 0: expect plugin Hello enabled\n"
+                                   "  expected: plugin \"Hello\" enabled\n"
+                                   "  found:    absent\n"))
+            << run.err;
+      }
     }
   }
-  EXPECT_GE(scenarios, 1);
+  std::sort(scenarios.begin(), scenarios.end());
+  EXPECT_EQ((std::vector<std::string>{"camera/camera.scenario", "commands/commands.scenario",
+                                      "dataref-consumer/dataref-consumer.scenario",
+                                      "hello/hello.scenario", "probe/probe.scenario",
+                                      "template/my_plugin.scenario"}),
+            scenarios);
 }
 
 }  // namespace
