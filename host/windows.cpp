@@ -9,6 +9,7 @@
 // exists, where it is and whether it is visible are then asked of the library,
 // which checks every handle against its list: a destroyed window, or one whose
 // plugin is gone, is simply no longer found.
+#include <algorithm>
 #include <dlfcn.h>
 
 #include <climits>
@@ -44,8 +45,9 @@ std::string PluginName(int id) {
 void NoteWindow(void* handle) {
   if (!handle) return;
   // A new window may reuse the address of a destroyed one.
-  for (size_t i = 0; i < gSeenWindows.size(); ++i)
-    if (gSeenWindows[i].handle == handle) gSeenWindows.erase(gSeenWindows.begin() + i);
+  gSeenWindows.erase(std::remove_if(gSeenWindows.begin(), gSeenWindows.end(),
+                                    [handle](const SeenWindow& w) { return w.handle == handle; }),
+                     gSeenWindows.end());
   int creator = gLibrary.GetMyID ? gLibrary.GetMyID() : -1;
   gSeenWindows.push_back({handle, "", 0, 0, 0, 0, creator});
 }
