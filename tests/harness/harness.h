@@ -1,4 +1,5 @@
-// The shared test harness: fake host, plugin scripts, temporary trees.
+// The shared test harness: fake host, plugin scripts, temporary trees, and
+// one log of everything the library calls (Events()).
 #ifndef TOKA_TEST_HARNESS_H
 #define TOKA_TEST_HARNESS_H
 
@@ -15,12 +16,36 @@
 
 namespace toka_test {
 
+using Lines = std::vector<std::string>;
+
 // A message that makes a scripted plugin run a function (passed as param)
 // inside its own dispatch context; it is not recorded in Events().
 constexpr int kRunAsMessage = 0x7A0A;
 
 // Runs fn as plugin `plugin` (which must be enabled and scripted).
 void RunAs(int plugin, const std::function<void()>& fn);
+
+// "@" and the plugin ID, as logged events end.
+inline std::string At(int plugin) { return "@" + std::to_string(plugin); }
+// Appends "<text>@<dispatched ID>" to Events(), as the entry points do.
+void Log(const std::string& text);
+// Events() so far, which are then forgotten.
+Lines TakeEvents();
+// Runs fn and returns the events it caused.
+Lines During(const std::function<void()>& fn);
+
+// An error callback that logs "error(<message>)".
+void RecordError(const char* message);
+// Installs RecordError as the error callback of plugin `plugin`.
+void RecordErrorsOf(int plugin);
+
+// Object handles as the fake simulator hands them out, and as logged:
+// "0x..." for an object, "null" for none.
+inline TOKAObjectRef Object(uintptr_t value) { return reinterpret_cast<TOKAObjectRef>(value); }
+std::string ObjectName(TOKAObjectRef object);
+// Makes the simulator's unload-object service (slot 66) log
+// "unload(<object>)", without a plugin ID.
+void RecordUnloads(FakeHost& host);
 
 class TokaTest : public ::testing::Test {
 protected:
@@ -33,8 +58,21 @@ protected:
                             const std::string& fixture = "scripted");
   // The same in a folder of its own: Resources/plugins/folder/lin.orv.
   PluginScript& AddScriptedFolder(const std::string& folder, const std::string& name);
+  // A scripted plugin of the aircraft folder Aircraft/<aircraft>, which the
+  // host then reports as the user's aircraft: TOKAEventHook(3, ..., 0) loads
+  // it, TOKAEventHook(8, ..., 0) unloads it.
+  PluginScript& AddAircraftPlugin(const std::string& name, const std::string& aircraft = "C172");
+  // The host reports the user's aircraft at root + relativePath (slot 18).
+  void UserAircraftAt(const std::string& relativePath);
 
   int Initialize() { return TOKAInitializePlugins(tree.root().c_str(), HostTable(), 0); }
+  // Starts the scripted plugins alpha (ID 1: files load before folders) and
+  // beta (ID 2), then forgets the events and host calls so far.
+  void StartTwo();
+  // The ID of the scripted plugin `name`, or -1.
+  static int ID(const std::string& name) {
+    return TOKAFindPluginBySignature(("test." + name).c_str());
+  }
 };
 
 }  // namespace toka_test
