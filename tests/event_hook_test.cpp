@@ -92,6 +92,83 @@ TEST_F(EventHook, AircraftRecordFollowedByAnotherStaysUnloaded) {
   EXPECT_EQ((Lines{"lights.disable@2", "lights.stop@2"}), During(TOKAShutdownPlugins));
 }
 
+// Callbacks that log their calls.
+int Read(void*) { return Log("read"), 5; }
+void Changed(void*) { Log("changed"); }
+int Handle(TOKACommandRef, int, void*) { return Log("handler"), 1; }
+float Loop(float, float, int, void*) { return Log("loop"), -1; }
+void Told(void*) { Log("told"); }
+
+TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
+  StartTwo();
+  int probes = 100, objects = 0xb0;
+  host.onCall[59] = [&](const HostCall&) -> intptr_t { return ++probes; };
+  host.onCall[64] = [&](const HostCall&) -> intptr_t { return ++objects; };
+  RecordUnloads(host);
+  for (int slot : {33, 58, 63})
+    host.onCall[slot] = [](const HostCall& call) -> intptr_t {
+      Events().push_back("slot" + std::to_string(call.slot));
+      return 0;
+    };
+  TOKACommandRef commands[] = {(TOKACommandRef)0x100, (TOKACommandRef)0x200};
+  auto registerAll = [&](const char* dataref) {
+    TOKARegisterDataAccessor(dataref, DataTypeInt, 1, Read, nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr);
+    TOKAShareData("test/shared", DataTypeInt, Changed, nullptr);
+    TOKACreateProbe(0);
+    TOKALoadObject("tower.obj");
+  };
+  RunAs(1, [&] {
+    registerAll("test/alpha");
+    TOKAAcquirePlanes(nullptr, nullptr, nullptr);
+  });
+  AddAircraftPlugin("gps").onStart = [&] {
+    registerAll("test/gps");
+    for (TOKACommandRef command : commands) TOKACommandBegin(command);
+    TOKARegisterCommandHandler(commands[0], Handle, 1, nullptr);
+    TOKARegisterFlightLoopCallback(Loop, -1, nullptr);
+    TOKACreateMenu("GPS", nullptr, 0, nullptr, nullptr);
+    TOKAAcquirePlanes(nullptr, Told, nullptr);
+  };
+  TOKAEventHook(3, 0, 0, 0);
+  TOKADataRef gps = TOKAFindDataRef("test/gps"), alpha = TOKAFindDataRef("test/alpha");
+  ASSERT_NE(nullptr, gps);
+  Events().clear();
+
+  // The clean-up runs commands, ..., menus, ..., scenery, in that order.
+  TOKAEventHook(8, 0, 0, 0);
+  EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "beta.message(0,106,0)@2",
+                   "gps.message(0,106,0)@3", "gps.disable@3", "gps.stop@3", "slot58", "slot58",
+                   "slot33", "slot63", "unload(0xb2)"}),
+            TakeEvents());
+
+  // Another aircraft plugin comes under the same ID; nothing of gps's is
+  // called in its name.
+  AddAircraftPlugin("nav", "Piper");
+  TOKAEventHook(3, 0, 0, 0);
+  ASSERT_EQ(3, ID("nav"));
+  EXPECT_EQ((Lines{"read@1", "changed@1", "unload(0xb1)"}), During([&] {
+              EXPECT_EQ(0, TOKAGetDatai(gps));
+              TOKAGetDatai(alpha);
+              TOKASetDatai(TOKAFindDataRef("test/shared"), 1);
+              TOKAEventHook(0, 1, 0, 0);
+              TOKAEventHook(9, 0, 0, 0);
+              TOKACommandHook(commands[0], 1, 0, 1);
+              RunAs(1, [] {
+                TOKAReleasePlanes();
+                TOKAUnloadObject(Object(0xb1));
+              });
+            }));
+  EXPECT_EQ(nullptr, TOKAFindDataRef("test/gps"));
+  EXPECT_EQ(0u, host.CountCalls(57));
+  // gps's simulator probe is free again, alpha's is not.
+  host.ClearRecords();
+  TOKACreateProbe(0);
+  TOKACreateProbe(0);
+  EXPECT_EQ(1u, host.CountCalls(59));
+}
+
 // The reload notice (slot 53) needs a table revision above 2, the loading
 // progress texts (slot 54) one above 3.
 class Reload : public TokaTest, public ::testing::WithParamInterface<int> {};

@@ -199,9 +199,7 @@ TEST_F(FlightLoops, CallbacksChangeTheLoopsOfTheRunningPass) {
   EXPECT_EQ((Lines{"z"}), Order(4));
   EXPECT_EQ((Lines{"n2", "n1", "z"}), Order(5));
 
-  n2.action = [&] {
-    for (Loop* loop : {&n2, &n1, &z}) TOKADestroyFlightLoop(loop->id);
-  };
+  n2.action = [&] { for (Loop* loop : {&n2, &n1, &z}) TOKADestroyFlightLoop(loop->id); };
   EXPECT_EQ((Lines{"n2"}), Order(6));
   EXPECT_EQ(Lines{}, Order(7));
 }

@@ -118,6 +118,9 @@ std::vector<Forwarder> Forwarders() {
       Words(Row("TOKAReadCameraPosition", 15, TOKAReadCameraPosition,
                 Fake<TOKACameraPosition_t>(0x7000)),
             {0x7000, 0x7004, 0x7008, 0x700C, 0x7010, 0x7014, 0x7018}),
+      // The simulator holds the other aircraft, so it may draw them.
+      Row("TOKADrawAircraft", 16, TOKADrawAircraft, 1, 1.5f, 2.0f, 3.0f, 4.0f, 5.0f, 6.25f, 1,
+          Fake<void>(0x1234)),
       Row("TOKAPlaceUserAtAirport", 20, TOKAPlaceUserAtAirport, "KSEA"),
       Row("TOKASimulateKeyPress", 21, TOKASimulateKeyPress, 2, 0x41),
       Row("TOKASpeakString", 22, TOKASpeakString, "Gear down"),
@@ -126,6 +129,7 @@ std::vector<Forwarder> Forwarders() {
       Row("TOKAGetPrefsPath", 26, TOKAGetPrefsPath, gPathBuffer),
       Row("TOKAGetLanguage", 28, TOKAGetLanguage),
       Row("TOKADebugString", 29, TOKADebugString, "note\n"),
+      Words(Row("TOKAReinitUsersPlane", 34, TOKAReinitUsersPlane), {208, 201}),
       Row("TOKAReloadScenery", 35, TOKAReloadScenery),
       Row("TOKAFindSymbol", 61, TOKAFindSymbol, "HostFunction"),
       Row("TOKALookupObjects", 67, TOKALookupObjects, "lib/tree.obj", 47.5f, -122.25f,
@@ -139,6 +143,7 @@ std::vector<Forwarder> Forwarders() {
 TEST(Forwarding, EachServiceReachesItsSlotWithItsArgumentsAndReturnsTheHostsResult) {
   TempTree tree;
   TOKAInitializePlugins(tree.root().c_str(), HostTable(), 0);
+  ASSERT_EQ(1, TOKAAcquirePlanes(nullptr, nullptr, nullptr));
   FakeHost& host = FakeHost::Get();
   std::vector<Forwarder> rows = Forwarders();
   for (const Forwarder& row : rows)

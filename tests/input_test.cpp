@@ -70,9 +70,7 @@ TEST_F(Input, FocusMovesTellTheLosingWindowWhoTakesItAndNeverStayOnAGoneWindow) 
 
   // A window that destroys itself while it hears that it loses the focus.
   int heard = 0;
-  one.onKey = [&](int losing) {
-    if (losing && ++heard == 1) TOKADestroyWindow(one.id);
-  };
+  one.onKey = [&](int losing) { if (losing && ++heard == 1) TOKADestroyWindow(one.id); };
   EXPECT_EQ((Lines{"one.key(0,0,0,0,1)@1", "one.key(0,0,0,0,1)@1"}),
             During([&] { TOKADestroyWindow(one.id); }));
   EXPECT_EQ(0, TOKAGetWindowIsVisible(one.id));
@@ -151,9 +149,7 @@ TEST_F(Input, AWindowThatDestroysItselfWhileTakingAMouseDownIsNotDragged) {
   EXPECT_EQ(0u, host.CountCalls(3));
   EXPECT_EQ(Lines{}, Click(2, 2, 0, 1));
   // A drag window that destroys itself on a drag gets no up.
-  back.onMouse = [&](int status) {
-    if (status == 2) TOKADestroyWindow(back.id);
-  };
+  back.onMouse = [&](int status) { if (status == 2) TOKADestroyWindow(back.id); };
   TOKAMouseClickHook(2, 2, 1);
   MouseAt(3, 4);
   EXPECT_EQ((Lines{"back.mouse(3,4,2)@1"}), During([] { TOKADoDrawingHook(20, 0); }));

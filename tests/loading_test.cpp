@@ -88,7 +88,6 @@ TEST_F(Loading, RecordsWhatThePluginReportedAndFindsIt) {
   EXPECT_EQ(0, TOKAFindPluginByPath("dravik.orvane.orvane"));
   EXPECT_EQ(1, TOKAFindPluginByPath((tree.plugins() + "/alpha.orv").c_str()));
   EXPECT_EQ(-1, TOKAFindPluginByPath("alpha.orv"));
-  EXPECT_EQ(7, TOKAGetNthPlugin(7));
   EXPECT_EQ(0, TOKAIsPluginEnabled(-1));
   EXPECT_EQ(0, TOKAIsPluginEnabled(TOKACountPlugins()));
 }
@@ -130,7 +129,8 @@ TEST_F(Loading, FailuresAreLoggedAndLeaveNoRecord) {
       expected += Duplicate(path, "");
       stops.push_back("empty.stop" + At(next));
     }
-    if (name == "f_broken.orv") expected += "dlerror:" + path + ": invalid ELF header\n" + Missing(path);
+    if (name == "f_broken.orv")
+      expected += "dlerror:" + path + ": invalid ELF header\n" + Missing(path);
   }
   std::string tool = tree.plugins() + "/Tooldir/lin.orv";
   expected += Loaded(tool) + Duplicate(tool, "test.tool");

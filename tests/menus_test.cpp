@@ -16,28 +16,21 @@ void* Ref(const char* name) { return (void*)name; }
 
 class Menus : public TokaTest {
 protected:
-  // The host numbers its menus from 100 and its items from 1000.
   int nextMenu = 100, nextItem = 1000;
   TOKAMenuID alpha = nullptr;
 
+  // The host's menu services log "slot(arguments)"; it numbers its menus
+  // from 100 and its items from 1000.
   void SetUp() override {
-    host.onCall[30] = [this](const HostCall&) -> intptr_t { return nextMenu++; };
-    host.onCall[31] = [this](const HostCall&) -> intptr_t { return nextItem++; };
-  }
-
-  // The menu services called so far, as "slot(arguments)".
-  Lines MenuCalls() {
-    Lines out;
-    for (const HostCall& c : host.calls) {
-      const char* kinds = c.slot == 30 ? "iis" : c.slot == 31 || c.slot == 32 ? "iisi"
-                        : c.slot == 33 ? "i" : c.slot == 63 ? "ii" : nullptr;
-      if (!kinds) continue;
-      std::string text = std::to_string(c.slot) + "(";
-      for (size_t i = 0; kinds[i]; ++i)
-        text += (i ? "," : "") + (kinds[i] == 's' ? c.strings[0] : std::to_string(c.arg<int>(i)));
-      out.push_back(text + ")");
-    }
-    return out;
+    for (int slot : {30, 31, 32, 33, 63})
+      host.onCall[slot] = [this](const HostCall& c) -> intptr_t {
+        std::string text = std::to_string(c.slot) + "(";
+        for (size_t i = 0; i < c.words.size(); ++i)
+          text += (i ? "," : "") + (i == 2 && c.slot <= 32 ? c.strings[0]
+                                                          : std::to_string(c.arg<int>(i)));
+        Events().push_back(text + ")");
+        return c.slot == 30 ? nextMenu++ : c.slot == 31 ? nextItem++ : 0;
+      };
   }
 };
 
@@ -57,13 +50,13 @@ TEST_F(Menus, TwoPluginsBuildATreeAndPicksFollowRemovals) {
   // The Plugins menu is made before any plugin loads; top-level plugin
   // menus hang from items of their own in it.
   EXPECT_NE(nullptr, TOKAFindPluginsMenu());
-  EXPECT_EQ((Lines{"30(0,0,Plugins)", "31(100,0,Alpha,1)", "30(100,0,Alpha)", "31(101,0,a0,0)",
-                   "31(101,1,a1,0)", "31(101,2,a2,0)", "30(101,1,Sub)", "31(102,0,-,0)",
-                   "31(100,1,Beta,1)", "30(100,1,Beta)", "31(101,3,b3,1)"}),
-            MenuCalls());
+  EXPECT_EQ((Lines{"30(0,0,Plugins)", "alpha.start@1", "31(100,0,Alpha,1)", "30(100,0,Alpha)",
+                   "31(101,0,a0,0)", "31(101,1,a1,0)", "31(101,2,a2,0)", "30(101,1,Sub)",
+                   "31(102,0,-,0)", "beta.start@2", "31(100,1,Beta,1)", "30(100,1,Beta)",
+                   "31(101,3,b3,1)", "alpha.enable@1", "beta.enable@2"}),
+            TakeEvents());
 
   // Picks arrive by host item ID and run the menu owner's handler as it.
-  Events().clear();
   EXPECT_EQ(0, TOKAMenuHook(1003));
   EXPECT_EQ(0, TOKAMenuHook(1006));  // beta's item in alpha's menu
   EXPECT_EQ(0, TOKAMenuHook(1004));  // the separator: a null item refcon
@@ -71,16 +64,14 @@ TEST_F(Menus, TwoPluginsBuildATreeAndPicksFollowRemovals) {
   EXPECT_EQ(1, TOKAMenuHook(999));
   EXPECT_EQ((Lines{"pick(A/a2)@1", "pick(A/b3)@1", "pick(S/null)@1"}), TakeEvents());
 
-  host.ClearRecords();
   RunAs(1, [&] {
     TOKARemoveMenuItem(alpha, 0);
     TOKARemoveMenuItem(alpha, -1);
     TOKARemoveMenuItem(alpha, 3);  // the count after the removal
   });
-  EXPECT_EQ((Lines{"63(101,0)"}), MenuCalls());
   const std::string outOfRange =
       "error(TOKARemoveMenuItem was passed an out of range item index.)@1";
-  EXPECT_EQ((Lines{outOfRange, outOfRange}), TakeEvents());
+  EXPECT_EQ((Lines{"63(101,0)", outOfRange, outOfRange}), TakeEvents());
 
   // Former items 1..3 are now 0..2, under the same host IDs.
   EXPECT_EQ(1, TOKAMenuHook(1001));
@@ -103,28 +94,25 @@ TEST_F(Menus, EnableAndCheckQueriesAnswerForDisabledPlugins) {
   Initialize();
   Events().clear();
 
-  std::vector<std::vector<int>> answers;  // {enabled, check result, check written}
-  for (int index : {0, 1, 2, 3, 4}) {
-    int checked = 77;
-    int result = TOKACheckMenuHook(101, index, &checked);
-    answers.push_back({TOKAMenuItemEnabled(101, index), result, checked});
-  }
+  // {enabled, check result, check state written} for host menu and item.
+  auto query = [](std::vector<std::pair<int, int>> items) {
+    std::vector<std::vector<int>> answers;
+    for (auto [menu, index] : items) {
+      int checked = 77;
+      int result = TOKACheckMenuHook(menu, index, &checked);
+      answers.push_back({TOKAMenuItemEnabled(menu, index), result, checked});
+    }
+    return answers;
+  };
   EXPECT_EQ((std::vector<std::vector<int>>{
-                {1, 0, 0}, {0, 0, 1}, {1, 0, -1}, {1, 1, 77}, {1, 1, 77}}),
-            answers);
-  int checked = 77;
-  EXPECT_EQ(1, TOKACheckMenuHook(555, 0, &checked));
-  EXPECT_EQ(77, checked);
-  EXPECT_EQ(1, TOKAMenuItemEnabled(555, 0));
+                {1, 0, 0}, {0, 0, 1}, {1, 0, -1}, {1, 1, 77}, {1, 1, 77}, {1, 1, 77}}),
+            query({{101, 0}, {101, 1}, {101, 2}, {101, 3}, {101, 4}, {555, 0}}));
   EXPECT_EQ(0, TOKAMenuHook(1002));  // disabled item: handled, nothing called
 
   // A disabled plugin's items all read as disabled; the Plugins menu's do not.
   TOKADisablePlugin(1);
-  EXPECT_EQ(0, TOKAMenuItemEnabled(101, 0));
-  EXPECT_EQ(1, TOKAMenuItemEnabled(101, 4));
-  EXPECT_EQ(1, TOKAMenuItemEnabled(100, 0));
-  EXPECT_EQ(0, TOKACheckMenuHook(101, 1, &checked));
-  EXPECT_EQ(1, checked);
+  EXPECT_EQ((std::vector<std::vector<int>>{{0, 0, 0}, {0, 0, 1}, {1, 1, 77}, {1, 0, -1}}),
+            query({{101, 0}, {101, 1}, {101, 4}, {100, 0}}));
   EXPECT_EQ(0, TOKAMenuHook(1001));
   EXPECT_EQ((Lines{"alpha.disable@1"}), Events());
 }
@@ -151,7 +139,7 @@ TEST_P(MenuUnload, DestroyingAndUnloadingWithdrawMenusAndPluginsMenuItems) {
   // Plugins menu (100): Alpha, Alpha extra (alpha's), Beta (beta's).
   // Alpha (101): a0, b-in-alpha. Sub (102): s0. Temp (103): t0. Beta (104): b0.
   TOKACheckMenuItem(alpha, 0, TOKA_MENU_CHECKED);
-  host.ClearRecords();
+  Events().clear();
 
   // Only the owner may clear or destroy a menu.
   RunAs(2, [&] {
@@ -159,29 +147,28 @@ TEST_P(MenuUnload, DestroyingAndUnloadingWithdrawMenusAndPluginsMenuItems) {
     TOKADestroyMenu(alpha);
     TOKADestroyMenu(temp);
   });
-  EXPECT_EQ(Lines{}, MenuCalls());
+  EXPECT_EQ(Lines{}, Events());
   RunAs(1, [&] {
     TOKADestroyMenu(temp);
     TOKADestroyMenu(temp);  // no longer a menu
   });
   Lines expected = {"32(103,0,,0)"};
   if (destroys) expected.push_back("33(103)");
-  EXPECT_EQ(expected, MenuCalls());
+  EXPECT_EQ(expected, TakeEvents());
   int checked = 0;
   EXPECT_EQ(1, TOKACheckMenuHook(103, 0, &checked));
 
-  host.ClearRecords();
   TOKAShutdownPlugins();
   // Alpha's menus go, with beta's item in one of them; then its two items
   // of the Plugins menu, last first. Then beta's.
-  expected = {"32(101,0,,0)", "32(101,1,,0)"};
+  expected = {"alpha.disable@1", "beta.disable@2", "alpha.stop@1", "32(101,0,,0)", "32(101,1,,0)"};
   if (destroys) expected.push_back("33(101)");
   expected.push_back("32(102,0,,0)");
   if (destroys) expected.push_back("33(102)");
-  expected.insert(expected.end(), {"63(100,1)", "63(100,0)", "32(104,0,,0)"});
+  expected.insert(expected.end(), {"63(100,1)", "63(100,0)", "beta.stop@2", "32(104,0,,0)"});
   if (destroys) expected.push_back("33(104)");
   expected.push_back("63(100,0)");
-  EXPECT_EQ(expected, MenuCalls());
+  EXPECT_EQ(expected, Events());
 
   // Whatever the host version, the menus no longer answer.
   EXPECT_EQ(1, TOKACheckMenuHook(101, 0, &checked));

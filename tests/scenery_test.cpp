@@ -28,9 +28,7 @@ protected:
     return host.CallsTo(60).back().arg<int>(0);
   }
   TOKAObjectRef LoadAs(int plugin, const char* path) {
-    TOKAObjectRef object = nullptr;
-    RunAs(plugin, [&] { object = TOKALoadObject(path); });
-    return object;
+    return As(plugin, [=] { return TOKALoadObject(path); });
   }
   void DrawAs(int plugin, TOKAObjectRef object, int count, TOKADrawInfo_t* at) {
     RunAs(plugin, [=] { TOKADrawObjects(object, count, at, 1, 0); });
@@ -111,7 +109,8 @@ TEST_F(Scenery, DrawingIsCheckedOnlyWithAnErrorCallbackAndPassesHeadingBeforePit
   for (int i = 1; i <= 6; ++i) values.push_back(drawn[1].arg<float>(i));
   EXPECT_EQ((std::vector<float>{7, 8, 9, 11, 10, 12}), values);
   EXPECT_EQ(house, drawn[1].arg<TOKAObjectRef>(0));
-  EXPECT_EQ((std::vector<int>{1, 0}), (std::vector<int>{drawn[1].arg<int>(7), drawn[1].arg<int>(8)}));
+  EXPECT_EQ((std::vector<uint32_t>{1, 0}), (std::vector<uint32_t>{drawn[1].words[7],
+                                                                  drawn[1].words[8]}));
 
   host.ClearRecords();
   RecordErrorsOf(1);
@@ -127,30 +126,6 @@ TEST_F(Scenery, DrawingIsCheckedOnlyWithAnErrorCallbackAndPassesHeadingBeforePit
   EXPECT_EQ(0u, host.CountCalls(65));
   DrawAs(1, house, 1, at);
   EXPECT_EQ(1u, host.CountCalls(65));
-}
-
-TEST_F(Scenery, UnloadedPluginLosesItsProbesAndObjectsAndNothingElse) {
-  AddAircraftPlugin("gps");
-  TOKAEventHook(3, 0, 0, 0);  // gps gets ID 3
-  TOKAProbeRef kept = nullptr;
-  RunAs(1, [&] { kept = TOKACreateProbe(0); });  // 101
-  RunAs(3, [] {
-    TOKACreateProbe(0);  // 102
-    TOKACreateProbe(0);  // 103
-  });
-  TOKAObjectRef alphaHouse = LoadAs(1, "house.obj");
-  LoadAs(3, "tower.obj");
-  LoadAs(3, "hangar.obj");
-
-  EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "beta.message(0,106,0)@2",
-                   "gps.message(0,106,0)@3", "gps.disable@3", "gps.stop@3", "unload(0xb2)",
-                   "unload(0xb3)"}),
-            During([] { TOKAEventHook(8, 0, 0, 0); }));
-  // Its simulator probes are free for others; the other plugin's probe and
-  // object are still there.
-  EXPECT_EQ(102, HostProbeOf(TOKACreateProbe(0)));
-  EXPECT_EQ(101, HostProbeOf(kept));
-  EXPECT_EQ(Lines{"unload(0xb1)"}, During([=] { RunAs(1, [=] { TOKAUnloadObject(alphaHouse); }); }));
 }
 
 }  // namespace

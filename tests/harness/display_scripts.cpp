@@ -51,23 +51,16 @@ int Wheel(TOKAWindowID, int x, int y, int wheel, int clicks, void* refcon) {
   return Of(refcon).wheelResult;
 }
 
-int Run(ScriptedCallback& callback, const std::string& call) {
-  Log(callback.name + call);
-  int result = callback.result;
-  if (callback.onCall) callback.onCall();
-  return result;
-}
-
-void HotKeyThunk(void* refcon) { Run(Callback(refcon), ".hotkey()"); }
+void HotKeyThunk(void* refcon) { Callback(refcon).Run(".hotkey()"); }
 
 }  // namespace
 
 int DrawThunk(int phase, int before, void* refcon) {
-  return Run(Callback(refcon), ".draw" + List({phase, before}));
+  return Callback(refcon).Run(".draw" + List({phase, before}));
 }
 
 int SnifferThunk(char key, int flags, char virtualKey, void* refcon) {
-  return Run(Callback(refcon), ".sniff" + List({key, flags, virtualKey}));
+  return Callback(refcon).Run(".sniff" + List({key, flags, virtualKey}));
 }
 
 TOKAWindowID DisplayTest::OpenWindow(int plugin, ScriptedWindow& window, int left, int top,

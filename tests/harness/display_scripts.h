@@ -29,17 +29,9 @@ struct ScriptedWindow {
   TOKAWindowID id = nullptr;
 };
 
-// Logs "name.draw(phase,before)", "name.sniff(key,flags,virtualKey)" or
-// "name.hotkey()" and answers `result`.
-struct ScriptedCallback {
-  ScriptedCallback(std::string callbackName, int answer = 1)
-      : name(std::move(callbackName)), result(answer) {}
-  std::string name;
-  int result = 1;
-  std::function<void()> onCall;
-};
-
-// Refcons are ScriptedCallback pointers.
+// Refcons are ScriptedCallback pointers: draw callbacks log
+// "name.draw(phase,before)", sniffers "name.sniff(key,flags,virtualKey)" and
+// hot keys "name.hotkey()".
 int DrawThunk(int phase, int before, void* refcon);
 int SnifferThunk(char key, int flags, char virtualKey, void* refcon);
 

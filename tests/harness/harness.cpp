@@ -24,6 +24,13 @@ Lines During(const std::function<void()>& fn) {
   return TakeEvents();
 }
 
+int ScriptedCallback::Run(const std::string& call) {
+  Log(name + call);
+  int answer = result;  // the script may free the callback
+  if (onCall) onCall();
+  return answer;
+}
+
 void RecordError(const char* message) { Log("error(" + std::string(message) + ")"); }
 
 void RecordErrorsOf(int plugin) {
@@ -43,9 +50,8 @@ void RecordUnloads(FakeHost& host) {
   };
 }
 
-PluginScript& TokaTest::AddScripted(const std::string& fileName, const std::string& name,
-                                    const std::string& fixture) {
-  PluginScript& script = Script(tree.AddPlugin("Resources/plugins/" + fileName, fixture));
+PluginScript& TokaTest::AddScripted(const std::string& fileName, const std::string& name) {
+  PluginScript& script = Script(tree.AddPlugin("Resources/plugins/" + fileName, "scripted"));
   script.name = name;
   script.signature = "test." + name;
   return script;
@@ -58,7 +64,8 @@ PluginScript& TokaTest::AddScriptedFolder(const std::string& folder, const std::
 PluginScript& TokaTest::AddAircraftPlugin(const std::string& name, const std::string& aircraft) {
   std::string folder = "Aircraft/" + aircraft;
   UserAircraftAt(folder + "/" + aircraft + ".acf");
-  PluginScript& script = Script(tree.AddPlugin(folder + "/plugins/" + name + "/lin.orv", "scripted"));
+  PluginScript& script =
+      Script(tree.AddPlugin(folder + "/plugins/" + name + "/lin.orv", "scripted"));
   script.name = name;
   script.signature = "test." + name;
   return script;

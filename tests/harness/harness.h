@@ -24,6 +24,13 @@ constexpr int kRunAsMessage = 0x7A0A;
 
 // Runs fn as plugin `plugin` (which must be enabled and scripted).
 void RunAs(int plugin, const std::function<void()>& fn);
+// The same, returning what fn returns.
+template <class F>
+auto As(int plugin, F fn) {
+  decltype(fn()) result{};
+  RunAs(plugin, [&] { result = fn(); });
+  return result;
+}
 
 // "@" and the plugin ID, as logged events end.
 inline std::string At(int plugin) { return "@" + std::to_string(plugin); }
@@ -33,6 +40,17 @@ void Log(const std::string& text);
 Lines TakeEvents();
 // Runs fn and returns the events it caused.
 Lines During(const std::function<void()>& fn);
+
+// A plugin callback whose refcon says what it answers and what else it does.
+struct ScriptedCallback {
+  ScriptedCallback(std::string callbackName, int answer = 1)
+      : name(std::move(callbackName)), result(answer) {}
+  std::string name;
+  int result;
+  std::function<void()> onCall;  // runs after the call is logged
+  // Logs name + call and returns result.
+  int Run(const std::string& call);
+};
 
 // An error callback that logs "error(<message>)".
 void RecordError(const char* message);
@@ -54,8 +72,7 @@ protected:
 
   // Copies the scripted fixture to Resources/plugins/fileName and names it
   // (signature "test." + name).
-  PluginScript& AddScripted(const std::string& fileName, const std::string& name,
-                            const std::string& fixture = "scripted");
+  PluginScript& AddScripted(const std::string& fileName, const std::string& name);
   // The same in a folder of its own: Resources/plugins/folder/lin.orv.
   PluginScript& AddScriptedFolder(const std::string& folder, const std::string& name);
   // A scripted plugin of the aircraft folder Aircraft/<aircraft>, which the
