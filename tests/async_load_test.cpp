@@ -121,7 +121,7 @@ TEST_F(AsyncLoad, LoadOfAnUnloadedPluginNeverReachesTheNextPluginWithItsID) {
   RequestLoad(3, "b.obj", "second");
   CompleteLoad(Request(0), Object(0xa1));
   TOKAEventHook(8, 0, 0, 0);
-  UserAircraftAt("Aircraft/Piper/Piper.acf");
+  UserAircraftAt(tree, "Aircraft/Piper/Piper.acf");
   TOKAEventHook(3, 0, 0, 0);
   RecordErrorsOf(3);
   Events().clear();

@@ -105,9 +105,12 @@ TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
   host.onCall[59] = [&](const HostCall&) -> intptr_t { return ++probes; };
   host.onCall[64] = [&](const HostCall&) -> intptr_t { return ++objects; };
   RecordUnloads(host);
+  // The host may call back in while it ends a command: the plugin's hot key
+  // is still there then, and gone by the time its menu goes.
   for (int slot : {33, 58, 63})
     host.onCall[slot] = [](const HostCall& call) -> intptr_t {
-      Events().push_back("slot" + std::to_string(call.slot));
+      Events().push_back("slot" + std::to_string(call.slot) + ":" +
+                         std::to_string(TOKACountHotKeys()));
       return 0;
     };
   TOKACommandRef commands[] = {(TOKACommandRef)0x100, (TOKACommandRef)0x200};
@@ -130,17 +133,19 @@ TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
     TOKARegisterFlightLoopCallback(Loop, -1, nullptr);
     TOKACreateMenu("GPS", nullptr, 0, nullptr, nullptr);
     TOKAAcquirePlanes(nullptr, Told, nullptr);
+    TOKARegisterHotKey('G', 0, "gps", [](void*) {}, nullptr);
   };
   TOKAEventHook(3, 0, 0, 0);
   TOKADataRef gps = TOKAFindDataRef("test/gps"), alpha = TOKAFindDataRef("test/alpha");
   ASSERT_NE(nullptr, gps);
   Events().clear();
 
-  // The clean-up runs commands, ..., menus, ..., scenery, in that order.
+  // The clean-up runs commands, display, ..., menus, ..., scenery, in that
+  // order.
   TOKAEventHook(8, 0, 0, 0);
   EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "beta.message(0,106,0)@2",
-                   "gps.message(0,106,0)@3", "gps.disable@3", "gps.stop@3", "slot58", "slot58",
-                   "slot33", "slot63", "unload(0xb2)"}),
+                   "gps.message(0,106,0)@3", "gps.disable@3", "gps.stop@3", "slot58:1", "slot58:1",
+                   "slot33:0", "slot63:0", "unload(0xb2)"}),
             TakeEvents());
 
   // Another aircraft plugin comes under the same ID; nothing of gps's is

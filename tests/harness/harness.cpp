@@ -63,7 +63,7 @@ PluginScript& TokaTest::AddScriptedFolder(const std::string& folder, const std::
 
 PluginScript& TokaTest::AddAircraftPlugin(const std::string& name, const std::string& aircraft) {
   std::string folder = "Aircraft/" + aircraft;
-  UserAircraftAt(folder + "/" + aircraft + ".acf");
+  UserAircraftAt(tree, folder + "/" + aircraft + ".acf");
   PluginScript& script =
       Script(tree.AddPlugin(folder + "/plugins/" + name + "/lin.orv", "scripted"));
   script.name = name;
@@ -71,9 +71,9 @@ PluginScript& TokaTest::AddAircraftPlugin(const std::string& name, const std::st
   return script;
 }
 
-void TokaTest::UserAircraftAt(const std::string& relativePath) {
+void UserAircraftAt(const TempTree& tree, const std::string& relativePath) {
   std::string path = tree.root() + relativePath;
-  host.onCall[18] = [path](const HostCall& call) -> intptr_t {
+  FakeHost::Get().onCall[18] = [path](const HostCall& call) -> intptr_t {
     std::strcpy(call.arg<char*>(1), path.c_str());
     std::strcpy(call.arg<char*>(2), path.substr(path.rfind('/') + 1).c_str());
     return 0;

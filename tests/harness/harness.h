@@ -65,6 +65,10 @@ std::string ObjectName(TOKAObjectRef object);
 // "unload(<object>)", without a plugin ID.
 void RecordUnloads(FakeHost& host);
 
+// Makes the fake host report the user's aircraft at tree's root +
+// relativePath (slot 18), as aircraft loading (event 3) asks for it.
+void UserAircraftAt(const TempTree& tree, const std::string& relativePath);
+
 class TokaTest : public ::testing::Test {
 protected:
   FakeHost& host = FakeHost::Get();
@@ -79,8 +83,6 @@ protected:
   // host then reports as the user's aircraft: TOKAEventHook(3, ..., 0) loads
   // it, TOKAEventHook(8, ..., 0) unloads it.
   PluginScript& AddAircraftPlugin(const std::string& name, const std::string& aircraft = "C172");
-  // The host reports the user's aircraft at root + relativePath (slot 18).
-  void UserAircraftAt(const std::string& relativePath);
 
   int Initialize() { return TOKAInitializePlugins(tree.root().c_str(), HostTable(), 0); }
   // Starts the scripted plugins alpha (ID 1: files load before folders) and
