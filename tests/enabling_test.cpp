@@ -5,34 +5,24 @@ using namespace toka_test;
 
 namespace {
 
-std::vector<std::string> gErrors;
-void RecordError(const char* message) { gErrors.push_back(message); }
-
-class Enabling : public TokaTest {
-protected:
-  void SetUp() override { gErrors.clear(); }
-};
+class Enabling : public TokaTest {};
 
 TEST_F(Enabling, EnableEntryDecidesAndRepeatedEnablesDoNotCallItAgain) {
-  PluginScript& shy = AddScripted("shy.orv", "shy");
-  shy.enableResult = 0;
-  AddScripted("bold.orv", "bold");
+  AddScripted("shy.orv", "shy").enableResult = 0;
+  AddScriptedFolder("bold", "bold");
   Initialize();
-  int shyID = TOKAFindPluginBySignature("test.shy");
-  int boldID = TOKAFindPluginBySignature("test.bold");
-  EXPECT_EQ(0, TOKAIsPluginEnabled(shyID));
-  EXPECT_EQ(1, TOKAIsPluginEnabled(boldID));
+  const int shy = 1, bold = 2;
+  EXPECT_EQ(0, TOKAIsPluginEnabled(shy));
+  EXPECT_EQ(1, TOKAIsPluginEnabled(bold));
   host.ClearRecords();
   Events().clear();
 
-  EXPECT_EQ(0, TOKAEnablePlugin(shyID));  // asked again, refuses again; nothing logged
-  shy.enableResult = 1;
-  EXPECT_EQ(1, TOKAEnablePlugin(shyID));
-  EXPECT_EQ(1, TOKAEnablePlugin(shyID));  // already enabled: the entry is not called
-  EXPECT_EQ(1, TOKAEnablePlugin(boldID));
-  EXPECT_EQ((std::vector<std::string>{"shy.enable@" + std::to_string(shyID),
-                                      "shy.enable@" + std::to_string(shyID)}),
-            Events());
+  EXPECT_EQ(0, TOKAEnablePlugin(shy));  // asked again, refuses again; nothing logged
+  Script(tree.plugins() + "/shy.orv").enableResult = 1;
+  EXPECT_EQ(1, TOKAEnablePlugin(shy));
+  EXPECT_EQ(1, TOKAEnablePlugin(shy));  // already enabled: the entry is not called
+  EXPECT_EQ(1, TOKAEnablePlugin(bold));
+  EXPECT_EQ((Lines{"shy.enable@1", "shy.enable@1"}), TakeEvents());
   EXPECT_EQ("", host.log);
 
   // The simulator's record and IDs out of range cannot be switched.
@@ -41,69 +31,52 @@ TEST_F(Enabling, EnableEntryDecidesAndRepeatedEnablesDoNotCallItAgain) {
   TOKADisablePlugin(0);
   EXPECT_EQ(1, TOKAIsPluginEnabled(0));
 
-  Events().clear();
-  TOKADisablePlugin(boldID);
-  TOKADisablePlugin(boldID);  // already disabled: nothing
-  EXPECT_EQ((std::vector<std::string>{"bold.disable@" + std::to_string(boldID)}), Events());
-  // A disabled plugin receives no messages.
-  TOKASendMessageToPlugin(boldID, 5, nullptr);
-  EXPECT_EQ(1u, Events().size());
+  TOKADisablePlugin(bold);
+  TOKADisablePlugin(bold);  // already disabled: nothing
+  TOKASendMessageToPlugin(bold, 5, nullptr);  // a disabled plugin hears nothing
+  EXPECT_EQ((Lines{"bold.disable@2"}), Events());
 }
 
-TEST_F(Enabling, FeaturesAreKeptPerPluginAndStoredUnchanged) {
-  AddScripted("a.orv", "a");
-  AddScripted("b.orv", "b");
-  Initialize();
-  std::vector<std::string> names;
+TEST_F(Enabling, FeaturesErrorsAndWarningsBelongToTheCallingPlugin) {
+  StartTwo();
+  Lines names;
   TOKAEnumerateFeatures(
-      [](const char* name, void* refcon) {
-        static_cast<std::vector<std::string>*>(refcon)->push_back(name);
-      },
+      [](const char* name, void* refcon) { static_cast<Lines*>(refcon)->push_back(name); },
       &names);
-  EXPECT_EQ((std::vector<std::string>{"TOKA_WANTS_REFLECTIONS", "TOKA_USE_NATIVE_PATHS"}), names);
+  EXPECT_EQ((Lines{"TOKA_WANTS_REFLECTIONS", "TOKA_USE_NATIVE_PATHS"}), names);
   EXPECT_EQ(1, TOKAHasFeature("TOKA_USE_NATIVE_PATHS"));
   EXPECT_EQ(0, TOKAHasFeature("toka_use_native_paths"));
 
+  RecordErrorsOf(1);
   RunAs(1, [] {
-    TOKASetErrorCallback(RecordError);
-    TOKAEnableFeature("TOKA_USE_NATIVE_PATHS", 5);
+    TOKAEnableFeature("TOKA_USE_NATIVE_PATHS", 5);  // stored as given
     EXPECT_EQ(5, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS"));
     EXPECT_EQ(0, TOKAIsFeatureEnabled("TOKA_WANTS_REFLECTIONS"));
     EXPECT_EQ(0, TOKAIsFeatureEnabled("toka_wants_reflections"));
     TOKAEnableFeature("TOKA_NOTHING", 1);
   });
-  RunAs(2, [] { EXPECT_EQ(0, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS")); });
-  EXPECT_EQ((std::vector<std::string>{"Illegal feature name passed to TOKAEnableFeature",
-                                      "Illegal feature name passed to TOKAEnableFeature"}),
-            gErrors);
+  // Beta has no error callback: its mistakes are reported nowhere.
+  RunAs(2, [] {
+    EXPECT_EQ(0, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS"));
+    TOKAEnableFeature("bad", 1);
+  });
+  const std::string illegal = "error(Illegal feature name passed to TOKAEnableFeature)@1";
+  EXPECT_EQ((Lines{illegal, illegal}), TakeEvents());
+  EXPECT_EQ("", host.log);
+  RunAs(1, [] {
+    TOKASetErrorCallback(nullptr);
+    TOKAEnableFeature("bad", 1);
+  });
+  EXPECT_EQ(Lines{}, Events());
   // Flags survive a disable.
   TOKADisablePlugin(1);
   TOKAEnablePlugin(1);
   RunAs(1, [] { EXPECT_EQ(5, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS")); });
-}
 
-TEST_F(Enabling, ErrorsGoOnlyToTheCallingPluginsCallback) {
-  AddScripted("a.orv", "a");
-  AddScripted("b.orv", "b");
-  Initialize();
-  RunAs(1, [] { TOKASetErrorCallback(RecordError); });
-  RunAs(2, [] { TOKAEnableFeature("bad", 1); });  // b has no callback: nothing anywhere
-  EXPECT_TRUE(gErrors.empty());
-  RunAs(1, [] { TOKAEnableFeature("bad", 1); });
-  EXPECT_EQ(1u, gErrors.size());
-  RunAs(1, [] { TOKASetErrorCallback(nullptr); });
-  RunAs(1, [] { TOKAEnableFeature("bad", 1); });
-  EXPECT_EQ(1u, gErrors.size());
-}
-
-TEST_F(Enabling, WarningsNameThePluginInBrackets) {
-  AddScripted("a.orv", "alpha");
-  Initialize();
-  host.ClearRecords();
+  // Warnings go to the log piece by piece, under the caller's name.
   RunAs(1, [] { TOKALogPluginWarning("careful"); });
   TOKALogPluginWarning("from the host");
   EXPECT_EQ("[alpha]: careful\n[Orvane]: from the host\n", host.log);
-  // Piece by piece through the debug-string service.
   EXPECT_EQ(10u, host.CountCalls(29));
   TOKAShutdownPlugins();
   host.ClearRecords();
@@ -111,7 +84,7 @@ TEST_F(Enabling, WarningsNameThePluginInBrackets) {
   EXPECT_EQ("[unknown]: late\n", host.log);
 }
 
-TEST_F(Enabling, StartRunShutdownCallsEveryEntryInOrder) {
+TEST_F(Enabling, StartRunShutdownCallsEveryEntryInOrderAndTheLibraryStartsAgain) {
   AddScriptedFolder("PluginAdmin", "admin");
   AddScriptedFolder("one", "one");
   Initialize();
@@ -120,16 +93,20 @@ TEST_F(Enabling, StartRunShutdownCallsEveryEntryInOrder) {
   TOKAEventHook(4, 0, 0, 0);
   TOKAEnablePlugin(2);
   TOKAShutdownPlugins();
-  EXPECT_EQ((std::vector<std::string>{
-                "admin.start@1", "one.start@2", "admin.enable@1", "one.enable@2",
-                "admin.message(0,101,0)@1", "one.message(0,101,0)@2", "one.disable@2",
-                "admin.message(0,103,0)@1", "one.enable@2", "admin.disable@1", "one.disable@2",
-                "admin.stop@1", "one.stop@2"}),
-            Events());
+  EXPECT_EQ((Lines{"admin.start@1", "one.start@2", "admin.enable@1", "one.enable@2",
+                   "admin.message(0,101,0)@1", "one.message(0,101,0)@2", "one.disable@2",
+                   "admin.message(0,103,0)@1", "one.enable@2", "admin.disable@1",
+                   "one.disable@2", "admin.stop@1", "one.stop@2"}),
+            TakeEvents());
   std::string plugins = tree.plugins();
   EXPECT_EQ("Fetching plugins for " + plugins + "\n\nLoaded: " + plugins +
                 "/PluginAdmin/lin.orv.\n\nLoaded: " + plugins + "/one/lin.orv.\n\n",
             host.log);
+  EXPECT_EQ(0, TOKACountPlugins());
+
+  EXPECT_EQ(17, Initialize());
+  EXPECT_EQ(3, TOKACountPlugins());
+  EXPECT_EQ((Lines{"admin.start@1", "one.start@2", "admin.enable@1", "one.enable@2"}), Events());
 }
 
 }  // namespace

@@ -7,90 +7,63 @@ using namespace toka_test;
 
 namespace {
 
-class EventHook : public TokaTest {
-protected:
-  // The host reports the user's aircraft at `relativePath` below the root.
-  void UserAircraftAt(const std::string& relativePath) {
-    std::string path = tree.root() + relativePath;
-    host.onCall[18] = [path](const HostCall& call) -> intptr_t {
-      std::strcpy(call.arg<char*>(1), path.c_str());
-      std::strcpy(call.arg<char*>(2), "c172.acf");
-      return 0;
-    };
-  }
-  std::vector<std::string> MessagesOnly() {
-    std::vector<std::string> messages;
-    for (const std::string& event : Events())
-      if (event.find(".message(") != std::string::npos) messages.push_back(event);
-    return messages;
-  }
-};
+class EventHook : public TokaTest {};
 
 TEST_F(EventHook, SimulatorEventsReachEnabledPluginsAsMessagesFromTheSimulator) {
   AddScripted("a.orv", "alpha");
   AddScriptedFolder("b", "beta");
   tree.AddPlugin("Resources/plugins/c/lin.orv", "start_only");  // no message entry
   Initialize();
-  int alpha = TOKAFindPluginBySignature("test.alpha");
-  int beta = TOKAFindPluginBySignature("test.beta");
-  TOKADisablePlugin(beta);
+  TOKADisablePlugin(ID("beta"));
   Events().clear();
+  host.ClearRecords();
 
   const int codes[][3] = {{2, 0, 101}, {3, 7, 102}, {4, 0, 103}, {6, 0, 104},
                           {7, 0, 105}, {8, 7, 106}, {11, 0, 107}, {13, 9, 108}};
-  std::vector<std::string> expected;
+  Lines expected;
   for (const auto& code : codes) {
     EXPECT_EQ(1, TOKAEventHook(code[0], 1.5f, 0, code[1]));
-    std::string param = code[1] ? std::to_string(code[1]) : "0";
-    expected.push_back("alpha.message(0," + std::to_string(code[2]) + "," + param + ")@" +
-                       std::to_string(alpha));
+    expected.push_back("alpha.message(0," + std::to_string(code[2]) + "," +
+                       std::to_string(code[1]) + ")@1");
   }
-  EXPECT_EQ(expected, MessagesOnly());
-  EXPECT_EQ(0, TOKAGetMyID());
-}
-
-TEST_F(EventHook, UnknownCodesDoNothing) {
-  AddScripted("a.orv", "alpha");
-  Initialize();
-  Events().clear();
-  host.ClearRecords();
+  // Unknown codes do nothing at all.
   for (int code : {5, 14, 99, -1}) EXPECT_EQ(1, TOKAEventHook(code, 0, 0, 0)) << code;
-  EXPECT_TRUE(Events().empty());
+  EXPECT_EQ(expected, Events());
   EXPECT_TRUE(host.calls.empty());
+  EXPECT_EQ(0, TOKAGetMyID());
 }
 
 TEST_F(EventHook, UserAircraftPluginsLoadOnEvent3AndUnloadOnEvent8) {
   AddScripted("a.orv", "alpha");
   Initialize();
+  host.onCall[18] = [](const HostCall& call) -> intptr_t {
+    std::strcpy(call.arg<char*>(1), "c172.acf");
+    return 0;
+  };
+  host.ClearRecords();
+  TOKAEventHook(3, 0, 0, 0);  // a path without any '/' loads nothing
+  EXPECT_EQ("", host.log);
+  AddAircraftPlugin("gps");
   std::string acfPlugins = tree.root() + "Aircraft/C172/plugins";
-  tree.AddPlugin("Aircraft/C172/plugins/gps/lin.orv", "scripted");
-  Script(acfPlugins + "/gps/lin.orv").name = "gps";
-  UserAircraftAt("Aircraft/C172/c172.acf");
   host.ClearRecords();
   Events().clear();
 
-  // Another aircraft (param 1) only broadcasts.
-  TOKAEventHook(3, 0, 0, 1);
+  TOKAEventHook(3, 0, 0, 1);  // another aircraft only broadcasts
   EXPECT_EQ(2, TOKACountPlugins());
-
   TOKAEventHook(3, 0, 0, 0);
-  EXPECT_EQ("Fetching plugins for " + acfPlugins + "\n\n" + "Loaded: " + acfPlugins +
+  EXPECT_EQ("Fetching plugins for " + acfPlugins + "\n\nLoaded: " + acfPlugins +
                 "/gps/lin.orv.\n\n",
             host.log);
-  ASSERT_EQ(3, TOKACountPlugins());
-  EXPECT_EQ(1, TOKAIsPluginEnabled(2));
-  auto calls = host.CallsTo(18);
-  ASSERT_EQ(1u, calls.size());
-  EXPECT_EQ(0u, calls[0].words[0]);
-  // The broadcast happened before the load: the new plugin did not get 102.
-  EXPECT_EQ((std::vector<std::string>{"alpha.message(0,102,1)@1", "alpha.message(0,102,0)@1",
-                                      "gps.start@2", "gps.enable@2"}),
-            Events());
+  ASSERT_EQ(1u, host.CountCalls(18));
+  EXPECT_EQ(0u, host.CallsTo(18)[0].words[0]);
+  // The broadcast comes before the load: the new plugin does not get 102.
+  EXPECT_EQ((Lines{"alpha.message(0,102,1)@1", "alpha.message(0,102,0)@1", "gps.start@2",
+                   "gps.enable@2"}),
+            TakeEvents());
 
-  Events().clear();
   TOKAEventHook(8, 0, 0, 0);
-  EXPECT_EQ((std::vector<std::string>{"alpha.message(0,106,0)@1", "gps.message(0,106,0)@2",
-                                      "gps.disable@2", "gps.stop@2"}),
+  EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "gps.message(0,106,0)@2", "gps.disable@2",
+                   "gps.stop@2"}),
             Events());
   // The trailing aircraft record is gone; its ID is free again.
   EXPECT_EQ(2, TOKACountPlugins());
@@ -98,12 +71,17 @@ TEST_F(EventHook, UserAircraftPluginsLoadOnEvent3AndUnloadOnEvent8) {
 
 TEST_F(EventHook, AircraftRecordFollowedByAnotherStaysUnloaded) {
   Initialize();
-  tree.AddPlugin("Aircraft/C172/plugins/gps/lin.orv", "scripted");
+  AddAircraftPlugin("gps");
   Script(tree.AddPlugin("Custom Scenery/Alps/plugins/lights/lin.orv", "scripted")).name = "lights";
-  UserAircraftAt("Aircraft/C172/c172.acf");
+  tree.AddFolder("Custom Scenery/Empty/plugins");
   TOKAEventHook(3, 0, 0, 0);
-  std::string package = tree.root() + "Custom Scenery/Alps/";
-  TOKAEventHook(12, 0, 0, (int)(intptr_t)package.c_str());
+  // A package without plugin folders logs nothing.
+  host.ClearRecords();
+  std::string empty = tree.root() + "Custom Scenery/Empty/";
+  std::string alps = tree.root() + "Custom Scenery/Alps/";
+  TOKAEventHook(12, 0, 0, (int)(intptr_t)empty.c_str());
+  EXPECT_EQ("", host.log);
+  TOKAEventHook(12, 0, 0, (int)(intptr_t)alps.c_str());
   ASSERT_EQ(3, TOKACountPlugins());
   EXPECT_EQ(1, TOKAIsPluginEnabled(2));  // scenery plugins are enabled at once
 
@@ -111,80 +89,138 @@ TEST_F(EventHook, AircraftRecordFollowedByAnotherStaysUnloaded) {
   EXPECT_EQ(3, TOKACountPlugins());  // the aircraft record (1) stays, unloaded
   EXPECT_EQ(0, TOKAIsPluginEnabled(1));
   // Shutting down unloads it a second time without calling into it.
-  Events().clear();
-  TOKAShutdownPlugins();
-  EXPECT_EQ((std::vector<std::string>{"lights.disable@2", "lights.stop@2"}), Events());
+  EXPECT_EQ((Lines{"lights.disable@2", "lights.stop@2"}), During(TOKAShutdownPlugins));
 }
 
-TEST_F(EventHook, AircraftPathWithoutSlashLoadsNothing) {
-  Initialize();
-  host.onCall[18] = [](const HostCall& call) -> intptr_t {
-    std::strcpy(call.arg<char*>(1), "c172.acf");
-    call.arg<char*>(2)[0] = 0;
-    return 0;
+// Callbacks that log their calls.
+int Read(void*) { return Log("read"), 5; }
+void Changed(void*) { Log("changed"); }
+int Handle(TOKACommandRef, int, void*) { return Log("handler"), 1; }
+float Loop(float, float, int, void*) { return Log("loop"), -1; }
+void Told(void*) { Log("told"); }
+
+TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
+  StartTwo();
+  int probes = 100, objects = 0xb0;
+  host.onCall[59] = [&](const HostCall&) -> intptr_t { return ++probes; };
+  host.onCall[64] = [&](const HostCall&) -> intptr_t { return ++objects; };
+  RecordUnloads(host);
+  // The host may call back in while it ends a command: the plugin's hot key
+  // is still there then, and gone by the time its menu goes.
+  for (int slot : {33, 58, 63})
+    host.onCall[slot] = [](const HostCall& call) -> intptr_t {
+      Events().push_back("slot" + std::to_string(call.slot) + ":" +
+                         std::to_string(TOKACountHotKeys()));
+      return 0;
+    };
+  TOKACommandRef commands[] = {(TOKACommandRef)0x100, (TOKACommandRef)0x200};
+  auto registerAll = [&](const char* dataref) {
+    TOKARegisterDataAccessor(dataref, DataTypeInt, 1, Read, nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr);
+    TOKAShareData("test/shared", DataTypeInt, Changed, nullptr);
+    TOKACreateProbe(0);
+    TOKALoadObject("tower.obj");
   };
-  host.ClearRecords();
+  RunAs(1, [&] {
+    registerAll("test/alpha");
+    TOKAAcquirePlanes(nullptr, nullptr, nullptr);
+  });
+  AddAircraftPlugin("gps").onStart = [&] {
+    registerAll("test/gps");
+    for (TOKACommandRef command : commands) TOKACommandBegin(command);
+    TOKARegisterCommandHandler(commands[0], Handle, 1, nullptr);
+    TOKARegisterFlightLoopCallback(Loop, -1, nullptr);
+    TOKACreateMenu("GPS", nullptr, 0, nullptr, nullptr);
+    TOKAAcquirePlanes(nullptr, Told, nullptr);
+    TOKARegisterHotKey('G', 0, "gps", [](void*) {}, nullptr);
+  };
   TOKAEventHook(3, 0, 0, 0);
-  EXPECT_EQ("", host.log);
-  EXPECT_EQ(1, TOKACountPlugins());
-}
+  TOKADataRef gps = TOKAFindDataRef("test/gps"), alpha = TOKAFindDataRef("test/alpha");
+  ASSERT_NE(nullptr, gps);
+  Events().clear();
 
-TEST_F(EventHook, SceneryPackageWithoutPluginFoldersLogsNothing) {
-  Initialize();
-  tree.AddFolder("Custom Scenery/Empty/plugins");
-  std::string package = tree.root() + "Custom Scenery/Empty/";
+  // The clean-up runs commands, display, ..., menus, ..., scenery, in that
+  // order.
+  TOKAEventHook(8, 0, 0, 0);
+  EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "beta.message(0,106,0)@2",
+                   "gps.message(0,106,0)@3", "gps.disable@3", "gps.stop@3", "slot58:1", "slot58:1",
+                   "slot33:0", "slot63:0", "unload(0xb2)"}),
+            TakeEvents());
+
+  // Another aircraft plugin comes under the same ID; nothing of gps's is
+  // called in its name.
+  AddAircraftPlugin("nav", "Piper");
+  TOKAEventHook(3, 0, 0, 0);
+  ASSERT_EQ(3, ID("nav"));
+  EXPECT_EQ((Lines{"read@1", "changed@1", "unload(0xb1)"}), During([&] {
+              EXPECT_EQ(0, TOKAGetDatai(gps));
+              TOKAGetDatai(alpha);
+              TOKASetDatai(TOKAFindDataRef("test/shared"), 1);
+              TOKAEventHook(0, 1, 0, 0);
+              TOKAEventHook(9, 0, 0, 0);
+              TOKACommandHook(commands[0], 1, 0, 1);
+              RunAs(1, [] {
+                TOKAReleasePlanes();
+                TOKAUnloadObject(Object(0xb1));
+              });
+            }));
+  EXPECT_EQ(nullptr, TOKAFindDataRef("test/gps"));
+  EXPECT_EQ(0u, host.CountCalls(57));
+  // gps's simulator probe is free again, alpha's is not.
   host.ClearRecords();
-  TOKAEventHook(12, 0, 0, (int)(intptr_t)package.c_str());
-  EXPECT_EQ("", host.log);
+  TOKACreateProbe(0);
+  TOKACreateProbe(0);
+  EXPECT_EQ(1u, host.CountCalls(59));
 }
 
-TEST_F(EventHook, ReloadRequestedFromAPluginRunsAfterTheNextProcessingEvent) {
-  PluginScript& alpha = AddScripted("a.orv", "alpha");
-  alpha.onMessage = [](int, int message, void*) {
-    if (message == 42) TOKAReloadPlugins();
-  };
+// The reload notice (slot 53) needs a table revision above 2, the loading
+// progress texts (slot 54) one above 3.
+class Reload : public TokaTest, public ::testing::WithParamInterface<int> {};
+
+float ReloadingLoop(float, float, int, void* refcon) {
+  Log("loop");
+  if (refcon) TOKAReloadPlugins();
+  return -1;
+}
+
+TEST_P(Reload, AskedForInAFlightLoopItRunsAfterThePassAndTakesThePluginsLoops) {
+  host.table.revision = GetParam();
+  AddScripted("a.orv", "alpha");
   Initialize();
-  tree.AddPlugin("Aircraft/C172/plugins/gps/lin.orv", "scripted");
-  Script(tree.root() + "Aircraft/C172/plugins/gps/lin.orv").name = "gps";
-  UserAircraftAt("Aircraft/C172/c172.acf");
+  AddAircraftPlugin("gps");
   TOKAEventHook(3, 0, 0, 0);
   std::string root = tree.root();
   host.onCall[25] = [root](const HostCall& call) -> intptr_t {
     std::strcpy(call.arg<char*>(0), root.c_str());
     return 0;
   };
-
-  TOKASendMessageToPlugin(1, 42, nullptr);
-  EXPECT_EQ(3, TOKACountPlugins());  // nothing happens inside the request
+  TOKARegisterFlightLoopCallback(ReloadingLoop, -1, nullptr);  // the simulator's own
+  RunAs(1, [] { TOKARegisterFlightLoopCallback(ReloadingLoop, -1, (void*)1); });
+  RunAs(2, [] { TOKARegisterFlightLoopCallback(ReloadingLoop, -1, nullptr); });
   Events().clear();
   host.ClearRecords();
 
-  TOKAEventHook(10, 1.0f, 0, 0);
-  EXPECT_EQ((std::vector<std::string>{"alpha.disable@1", "gps.disable@2", "gps.stop@2",
-                                      "alpha.stop@1", "alpha.start@1", "gps.start@2",
-                                      "alpha.enable@1", "gps.enable@2"}),
-            Events());
-  auto notices = host.CallsTo(53);
-  ASSERT_EQ(1u, notices.size());
-  EXPECT_EQ((std::vector<std::string>{"Please place your new plugin in the plugins folder.",
-                                      "I will then reload all plugins.", "", ""}),
-            notices[0].strings);
-  EXPECT_EQ(3, TOKACountPlugins());
-
-  // Only one reload per request.
-  Events().clear();
-  TOKAEventHook(0, 2.0f, 0, 0);
-  EXPECT_TRUE(Events().empty());
-}
-
-TEST_F(EventHook, ReloadNoticeNeedsTableRevisionAbove2) {
-  AddScripted("a.orv", "alpha");
-  host.table.revision = 2;
-  Initialize();
-  TOKAReloadPlugins();
+  // The reload waits until the pass is over.
   TOKAEventHook(0, 1.0f, 0, 0);
-  EXPECT_EQ(0u, host.CountCalls(53));
-  EXPECT_EQ(0u, host.CountCalls(54));
+  EXPECT_EQ((Lines{"loop@2", "loop@1", "loop@0", "alpha.disable@1", "gps.disable@2",
+                   "gps.stop@2", "alpha.stop@1", "alpha.start@1", "gps.start@2",
+                   "alpha.enable@1", "gps.enable@2"}),
+            TakeEvents());
+  EXPECT_EQ(3, TOKACountPlugins());
+  Lines notices;
+  for (const HostCall& call : host.CallsTo(53))
+    notices.insert(notices.end(), call.strings.begin(), call.strings.end());
+  const Lines notice = {"Please place your new plugin in the plugins folder.",
+                       "I will then reload all plugins.", "", ""};
+  EXPECT_EQ(GetParam() > 2 ? notice : Lines{}, notices);
+  EXPECT_EQ(GetParam() > 3 ? 1u : 0u, host.CountCalls(54));
+
+  // Only one reload per request; the plugins' loops went with them.
+  TOKAEventHook(0, 2.0f, 0, 0);
+  EXPECT_EQ(Lines{"loop@0"}, Events());
 }
+
+INSTANTIATE_TEST_SUITE_P(TableRevision, Reload, ::testing::Values(2, 3, 4));
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "harness/harness.h"
 
 #include <algorithm>
-#include <cstring>
 #include <sstream>
 #include <stdexcept>
 
@@ -11,61 +10,38 @@ using namespace toka_test;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // A scripted flight loop; its address is the refcon.
 struct Loop {
   explicit Loop(std::string name, std::vector<float> results = {-1})
       : name(std::move(name)), results(std::move(results)) {}
   std::string name;
-  std::vector<float> results;      // returned in turn, the last one repeated
-  std::function<void()> action;    // runs inside the callback
+  std::vector<float> results;    // returned in turn, the last one repeated
+  std::function<void()> action;  // runs inside the callback
   TOKAFlightLoopID id = nullptr;
   size_t runs = 0;
 };
 
-Lines gRuns;   // "<loop>@<plugin> <sinceLastCall> <sinceLastLoop> #<counter>"
-Lines gOrder;  // loop names only
-Lines gErrors;
-
-std::string CallerName() {
-  char name[256];
-  TOKAGetPluginInfo(TOKAGetMyID(), name, nullptr, nullptr, nullptr);
-  return name;
-}
-
+// Logs "<loop> <sinceLastCall> <sinceLastLoop> #<counter>".
 float RunLoop(float sinceLastCall, float sinceLastLoop, int counter, void* refcon) {
   Loop& loop = *static_cast<Loop*>(refcon);
   std::ostringstream line;
-  line << loop.name << "@" << CallerName() << " " << sinceLastCall << " " << sinceLastLoop << " #"
-       << counter;
-  gRuns.push_back(line.str());
-  gOrder.push_back(loop.name);
+  line << loop.name << " " << sinceLastCall << " " << sinceLastLoop << " #" << counter;
+  Log(line.str());
   float result = loop.results[std::min(loop.runs++, loop.results.size() - 1)];
   if (loop.action) loop.action();
   return result;
 }
 
-float OtherLoop(float sinceLastCall, float sinceLastLoop, int counter, void* refcon) {
-  return RunLoop(sinceLastCall, sinceLastLoop, counter, refcon);
-}
-
-void RecordError(const char* message) { gErrors.push_back(CallerName() + ": " + message); }
-
 class FlightLoops : public TokaTest {
 protected:
   double now = 0;  // the simulator's elapsed time, as its service reports it
-  int alpha = 0, beta = 0;
+  const int alpha = 1, beta = 2;
 
   void SetUp() override {
     host.onFloatCall[14] = [this](const HostCall&) { return now; };
-    AddScripted("a.orv", "alpha");
-    AddScripted("b.orv", "beta");
-    Initialize();
-    alpha = TOKAFindPluginBySignature("test.alpha");
-    beta = TOKAFindPluginBySignature("test.beta");
+    StartTwo();
   }
-  // Creates and schedules a loop owned by plugin (0: the simulator).
+  // Creates and schedules a loop owned by plugin (0: the caller).
   void Create(int plugin, Loop& loop, int phase, float interval) {
     auto create = [&] {
       TOKACreateFlightLoop_t params = {16, phase, RunLoop, &loop};
@@ -75,15 +51,15 @@ protected:
     plugin ? RunAs(plugin, create) : create();
   }
   Lines Pass(float elapsed, int event = 0) {
-    gRuns.clear();
-    gOrder.clear();
-    TOKAEventHook(event, elapsed, 0, 0);
-    return gRuns;
+    return During([=] { TOKAEventHook(event, elapsed, 0, 0); });
   }
+  // The names of the loops a pass runs.
   Lines Order(float elapsed) {
-    Pass(elapsed);
-    return gOrder;
+    Lines names;
+    for (const std::string& run : Pass(elapsed)) names.push_back(run.substr(0, run.find(' ')));
+    return names;
   }
+  // Events 0 and 10 at each time.
   Lines Frames(std::initializer_list<float> times) {
     Lines runs;
     for (float t : times)
@@ -100,9 +76,9 @@ TEST_F(FlightLoops, RunByTimeAndByCycleInTheirOwnPhaseWithTheirArguments) {
   Create(beta, b, 1, -1);
   // Event 0 runs phase 0, event 10 phase 1; each advances the counter. The
   // second argument is the absolute elapsed time.
-  EXPECT_EQ((Lines{"b@beta 0.5 100.5 #2", "a@alpha 1 101 #3", "b@beta 0.5 101 #4",
-                   "b@beta 0.25 101.25 #6", "a@alpha 0.5 101.5 #7", "b@beta 0.25 101.5 #8",
-                   "a@alpha 0.5 102 #9", "b@beta 0.5 102 #10", "b@beta 1 103 #12"}),
+  EXPECT_EQ((Lines{"b 0.5 100.5 #2@2", "a 1 101 #3@1", "b 0.5 101 #4@2", "b 0.25 101.25 #6@2",
+                   "a 0.5 101.5 #7@1", "b 0.25 101.5 #8@2", "a 0.5 102 #9@1", "b 0.5 102 #10@2",
+                   "b 1 103 #12@2"}),
             Frames({100.5f, 101, 101.25f, 101.5f, 102, 103}));
   EXPECT_EQ(12, TOKAGetCycleNumber());
 
@@ -111,10 +87,10 @@ TEST_F(FlightLoops, RunByTimeAndByCycleInTheirOwnPhaseWithTheirArguments) {
   now = 200.00000001;
   EXPECT_EQ(200.0f, TOKAGetElapsedTime());
   TOKASetFlightLoopCallbackInterval(RunLoop, 0.25f, 1, &a);
-  EXPECT_EQ((Lines{"a@alpha 0.25 200.25 #15"}), Frames({200.125f, 200.25f}));
+  EXPECT_EQ((Lines{"a 0.25 200.25 #15@1"}), Frames({200.125f, 200.25f}));
   // ...or relative to its last run.
   TOKASetFlightLoopCallbackInterval(RunLoop, 1, 0, &a);
-  EXPECT_EQ((Lines{"a@alpha 1 201.25 #19"}), Frames({201, 201.25f, 201.5f}));
+  EXPECT_EQ((Lines{"a 1 201.25 #19@1"}), Frames({201, 201.25f, 201.5f}));
 }
 
 TEST_F(FlightLoops, CyclesCountFromTheLastRunAndSecondsDueAtTheFloatSum) {
@@ -131,13 +107,13 @@ TEST_F(FlightLoops, CyclesCountFromTheLastRunAndSecondsDueAtTheFloatSum) {
   Lines runs;
   for (int t = 10; t <= 15; ++t)
     for (const std::string& run : Pass(t)) runs.push_back(run);
-  EXPECT_EQ((Lines{"l@alpha 0.5 10 #10", "l@alpha 2 12 #12", "l@alpha 2 14 #14"}), runs);
+  EXPECT_EQ((Lines{"l 0.5 10 #10@1", "l 2 12 #12@1", "l 2 14 #14@1"}), runs);
 
   RunAs(alpha, [&] { TOKAScheduleFlightLoop(l.id, 2, 0); });
   EXPECT_EQ(Lines{}, Pass(15.5f));
-  EXPECT_EQ((Lines{"l@alpha 2 16 #17"}), Pass(16));
+  EXPECT_EQ((Lines{"l 2 16 #17@1"}), Pass(16));
   // 16 + 1e-8 is 16 as a float: due without the clock moving.
-  EXPECT_EQ((Lines{"l@alpha 0 16 #18"}), Pass(16));
+  EXPECT_EQ((Lines{"l 0 16 #18@1"}), Pass(16));
   EXPECT_EQ(Lines{}, Pass(17));
 }
 
@@ -148,11 +124,18 @@ TEST_F(FlightLoops, DisabledPluginsLoopsStandStillAndRunOnceEnabledAgain) {
   TOKADisablePlugin(alpha);
   for (int t = 1; t <= 3; ++t) EXPECT_EQ(Lines{}, Pass(t));
   TOKAEnablePlugin(alpha);
-  EXPECT_EQ((Lines{"c@alpha 3.5 3.5 #4", "s@alpha 3.5 3.5 #4"}), Pass(3.5f));
+  EXPECT_EQ((Lines{"c 3.5 3.5 #4@1", "s 3.5 3.5 #4@1"}), Pass(3.5f));
 }
 
 TEST_F(FlightLoops, OwnershipAndCreationMistakesAreReportedToTheCaller) {
-  for (int plugin : {alpha, beta}) RunAs(plugin, [] { TOKASetErrorCallback(RecordError); });
+  // Without an error callback nothing is checked or reported.
+  Loop quiet{"quiet"};
+  RunAs(alpha, [&] {
+    TOKACreateFlightLoop_t bad = {12, 2, RunLoop, &quiet};
+    quiet.id = TOKACreateFlightLoop(&bad);
+  });
+  RecordErrorsOf(alpha);
+  RecordErrorsOf(beta);
   Loop a{"a"};
   RunAs(alpha, [&] {
     TOKACreateFlightLoop_t bad = {12, 2, nullptr, nullptr};
@@ -161,38 +144,34 @@ TEST_F(FlightLoops, OwnershipAndCreationMistakesAreReportedToTheCaller) {
     a.id = TOKACreateFlightLoop(&shortStruct);
     TOKAScheduleFlightLoop(a.id, -1, 0);
   });
-  EXPECT_EQ((Lines{"alpha: Illegal struct size for TOKACreateFlightLoop",
-                   "alpha: Illegal phase type for TOKACreateFlightLoop",
-                   "alpha: Null callback for TOKACreateFlightLoop",
-                   "alpha: Illegal struct size for TOKACreateFlightLoop"}),
-            gErrors);
-  EXPECT_EQ((Lines{"a@alpha 1 1 #1"}), Pass(1, 10));  // created all the same
+  const std::string size = "error(Illegal struct size for TOKACreateFlightLoop)@1";
+  EXPECT_EQ((Lines{size, "error(Illegal phase type for TOKACreateFlightLoop)@1",
+                   "error(Null callback for TOKACreateFlightLoop)@1", size}),
+            Events());
+  EXPECT_EQ((Lines{"a 1 1 #1@1"}), Pass(1, 10));  // created all the same
 
-  gErrors.clear();
   RunAs(beta, [&] {
     TOKAScheduleFlightLoop(a.id, 0, 1);
     TOKADestroyFlightLoop(a.id);
   });
-  EXPECT_EQ((Lines{"beta: Attempt to schedule a flight loop callback owned by another plugin.",
-                   "beta: Attempt to remove a flight loop callback owned by another plugin."}),
-            gErrors);
-  EXPECT_EQ((Lines{"a@alpha 1 2 #2"}), Pass(2, 10));
+  EXPECT_EQ((Lines{"error(Attempt to schedule a flight loop callback owned by another plugin.)@2",
+                   "error(Attempt to remove a flight loop callback owned by another plugin.)@2"}),
+            TakeEvents());
+  EXPECT_EQ((Lines{"a 1 2 #2@1"}), Pass(2, 10));
 
   // (callback, refcon) pairs reach any plugin's loops, without a word.
-  gErrors.clear();
   Loop d{"d"};
   now = 1;
   RunAs(alpha, [&] { TOKARegisterFlightLoopCallback(RunLoop, -1, &d); });
   now = 2;
   RunAs(alpha, [&] { TOKARegisterFlightLoopCallback(RunLoop, -1, &d); });
   RunAs(beta, [&] {
-    TOKAUnregisterFlightLoopCallback(OtherLoop, &d);
+    TOKAUnregisterFlightLoopCallback([](float, float, int, void*) { return 0.0f; }, &d);
     TOKAUnregisterFlightLoopCallback(RunLoop, &d);
     TOKASetFlightLoopCallbackInterval(RunLoop, 0, 0, &a);
   });
-  EXPECT_EQ((Lines{"d@alpha 2 3 #3"}), Pass(3));  // the older one (since 1) stays
+  EXPECT_EQ((Lines{"d 2 3 #3@1"}), Pass(3));  // the older one (since 1) stays
   EXPECT_EQ(Lines{}, Pass(3, 10));
-  EXPECT_EQ(Lines{}, gErrors);
 }
 
 TEST_F(FlightLoops, CallbacksChangeTheLoopsOfTheRunningPass) {
@@ -220,33 +199,9 @@ TEST_F(FlightLoops, CallbacksChangeTheLoopsOfTheRunningPass) {
   EXPECT_EQ((Lines{"z"}), Order(4));
   EXPECT_EQ((Lines{"n2", "n1", "z"}), Order(5));
 
-  n2.action = [&] {
-    for (Loop* loop : {&n2, &n1, &z}) TOKADestroyFlightLoop(loop->id);
-  };
+  n2.action = [&] { for (Loop* loop : {&n2, &n1, &z}) TOKADestroyFlightLoop(loop->id); };
   EXPECT_EQ((Lines{"n2"}), Order(6));
   EXPECT_EQ(Lines{}, Order(7));
-}
-
-TEST_F(FlightLoops, ReloadAskedForByALoopRunsAfterThePassAndTakesThePluginsLoops) {
-  std::string root = tree.root();
-  host.onCall[25] = [root](const HostCall& call) -> intptr_t {
-    std::strcpy(call.arg<char*>(0), root.c_str());
-    return 0;
-  };
-  Loop h{"h"}, b{"b"}, a{"a"};
-  Create(0, h, 0, -1);
-  Create(beta, b, 0, -1);
-  Create(alpha, a, 0, -1);
-  a.action = [] { TOKAReloadPlugins(); };
-  Events().clear();
-  EXPECT_EQ((Lines{"a", "b", "h"}), Order(1));
-  // The IDs follow the folder's listing order.
-  std::string first = alpha == 1 ? "alpha" : "beta", second = alpha == 1 ? "beta" : "alpha";
-  Lines reload;
-  for (const char* entry : {".disable@", ".stop@", ".start@", ".enable@"})
-    for (const std::string& id : {first + entry + "1", second + entry + "2"}) reload.push_back(id);
-  EXPECT_EQ(reload, Events());
-  EXPECT_EQ((Lines{"h"}), Order(2));  // the simulator's loop outlives the reload
 }
 
 TEST_F(FlightLoops, ThrowingCallbackLeavesTheCallerDispatchedAndItsLoopUnchanged) {
@@ -257,7 +212,7 @@ TEST_F(FlightLoops, ThrowingCallbackLeavesTheCallerDispatchedAndItsLoopUnchanged
   EXPECT_THROW(Pass(1), std::runtime_error);
   EXPECT_EQ(0, TOKAGetMyID());
   a.action = nullptr;
-  EXPECT_EQ((Lines{"a@alpha 2 2 #2", "b@alpha 2 2 #2"}), Pass(2));
+  EXPECT_EQ((Lines{"a 2 2 #2@1", "b 2 2 #2@1"}), Pass(2));
 }
 
 }  // namespace

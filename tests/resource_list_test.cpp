@@ -9,6 +9,7 @@
 
 namespace {
 
+using Names = std::vector<std::string>;
 int gDestroyed = 0;
 
 // Like a hot key record, it owns a string: its destructor must run.
@@ -18,15 +19,18 @@ struct Record : TOKAResource_t<Record> {
   std::string name;
 };
 
+// Starts as a, b, c (added c first).
 struct List : TOKAResourceList<Record> {
+  Record *c = Add("c"), *b = Add("b"), *a = Add("a");
   Record* Add(const std::string& name) {
     Record* r = new Record(name);
     TOKAResourceList<Record>::Add(r);
     return r;
   }
-  std::vector<std::string> Forward() {
-    std::vector<std::string> names;
-    for (Record* r = BeginIterate(); r; r = r->get_next())
+  Names Walk(bool backwards = false) {
+    Names names;
+    for (Record* r = backwards ? BeginReverseIterate() : BeginIterate(); r;
+         r = backwards ? r->get_prev() : r->get_next())
       names.push_back(r->name + (r->is_dead() ? "(dead)" : ""));
     EndIterate();
     return names;
@@ -36,112 +40,95 @@ struct List : TOKAResourceList<Record> {
 class ResourceList : public ::testing::Test {
 protected:
   void SetUp() override { gDestroyed = 0; }
+  List list;
 };
 
-TEST_F(ResourceList, RemovalDuringAWalkIsDeferredToItsEnd) {
-  List list;
-  Record* c = list.Add("c");
-  Record* b = list.Add("b");
-  list.Add("a");
-  ASSERT_EQ((std::vector<std::string>{"a", "b", "c"}), list.Forward());
-
-  std::vector<std::string> visited;
+TEST_F(ResourceList, RemovalsDuringAWalkWaitForTheNextEndOfAnyWalk) {
+  Names visited;
   for (Record* r = list.BeginIterate(); r; r = r->get_next()) {
     visited.push_back(r->name);
-    if (r->name == "a") {
-      list.Remove(b);
-      list.Remove(b);  // queued once only
-      EXPECT_TRUE(b->is_dead());
+    if (r == list.a) {
+      list.Remove(list.b);
+      list.Remove(list.b);  // queued once only
     }
-    if (r == b) list.Remove(c);
   }
   // The walker stepped over the dead record rather than losing its place.
-  EXPECT_EQ((std::vector<std::string>{"a", "b", "c"}), visited);
+  EXPECT_EQ((Names{"a", "b", "c"}), visited);
   EXPECT_EQ(0, gDestroyed);
-  EXPECT_TRUE(list.needs_clean);
-  list.EndIterate();
-  EXPECT_EQ(2, gDestroyed);
-  EXPECT_FALSE(list.needs_clean);
-  EXPECT_EQ((std::vector<std::string>{"a"}), list.Forward());
-}
-
-TEST_F(ResourceList, InnerWalkCleansWhileTheOuterOneIsOpen) {
-  List list;
-  list.Add("c");
-  Record* b = list.Add("b");
-  Record* a = list.Add("a");
-  Record* outer = list.BeginIterate();
-  ASSERT_EQ(a, outer);
-  list.Remove(b);
   // A nested walk (a registration's own search) ends and cleans at once,
   // whatever the outer count.
-  EXPECT_EQ((std::vector<std::string>{"a", "b(dead)", "c"}), list.Forward());
+  EXPECT_EQ((Names{"a", "b(dead)", "c"}), list.Walk());
   EXPECT_EQ(1, gDestroyed);
   EXPECT_EQ(1, list.iterating);
-  // The outer walker stands on a: its next link was mended by the unlink.
-  EXPECT_EQ("c", outer->get_next()->name);
+  EXPECT_EQ(list.c, list.a->get_next());  // mended for the outer walker
   list.EndIterate();
   list.EndIterate();  // more ends than begins: the count stays at zero
   EXPECT_EQ(0, list.iterating);
-  list.Remove(a);  // no walk open: freed at once
+  list.Remove(list.c);  // no walk open: freed at once
   EXPECT_EQ(2, gDestroyed);
+  EXPECT_EQ((Names{"a"}), list.Walk());
 }
 
 TEST_F(ResourceList, HeldListParksCleanedRecordsUntilTheLastHoldEnds) {
-  List list;
-  list.Add("c");
-  Record* b = list.Add("b");
-  list.Add("a");
-  std::vector<std::string> visited;
+  Names visited;
   {
     TOKAResourceHold<Record> hold(list);
     for (Record* r = list.BeginIterate(); r; r = r->get_next()) {
       if (r->is_dead()) continue;
       visited.push_back(r->name);
-      if (r == b) {
-        // The callback removes its own record and then runs a walk that
-        // cleans it: the record is unlinked but the walker still stands on it.
-        list.Remove(b);
-        list.Forward();
-        EXPECT_EQ(0, gDestroyed);
-      }
+      if (r != list.b) continue;
+      // The callback removes its own record and then runs a walk that
+      // cleans it: the record is unlinked but the walker still stands on it.
+      list.Remove(list.b);
+      list.Walk();
     }
     list.EndIterate();
-    EXPECT_EQ((std::vector<std::string>{"a", "c"}), list.Forward());
+    EXPECT_EQ((Names{"a", "c"}), list.Walk());
     EXPECT_EQ(0, gDestroyed);
   }
   EXPECT_EQ(1, gDestroyed);
-  EXPECT_EQ((std::vector<std::string>{"a", "b", "c"}), visited);
+  EXPECT_EQ((Names{"a", "b", "c"}), visited);
 }
 
-TEST_F(ResourceList, ReverseWalkLeavesTheHeadAtTheTail) {
-  List list;
-  list.Add("c");
-  list.Add("b");
-  list.Add("a");
-  std::vector<std::string> backwards;
-  for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) backwards.push_back(r->name);
+TEST_F(ResourceList, MoveToFrontIsImmediateEvenDuringAWalk) {
+  list.MoveToFront(list.a);
+  EXPECT_EQ((Names{"a", "b", "c"}), list.Walk());
+  list.BeginIterate();
+  list.MoveToFront(list.c);
+  EXPECT_EQ((Names{"c", "a", "b"}), list.Walk());
   list.EndIterate();
-  EXPECT_EQ((std::vector<std::string>{"c", "b", "a"}), backwards);
-  EXPECT_EQ("c", list.head->name);
-  EXPECT_EQ((std::vector<std::string>{"a", "b", "c"}), list.Forward());
-  EXPECT_EQ("a", list.head->name);
+  // A record brought to the front after its removal is alive again until the
+  // walk ends; the removal still takes effect then, once, and the records
+  // queued before it are not lost.
+  list.BeginIterate();
+  list.Remove(list.b);
+  list.Remove(list.a);
+  list.MoveToFront(list.a);
+  EXPECT_FALSE(list.a->is_dead());
+  list.Remove(list.a);
+  list.MoveToFront(list.a);
+  EXPECT_EQ((Names{"a", "c", "b(dead)"}), list.Walk());
+  EXPECT_EQ(2, gDestroyed);
+  list.EndIterate();
+  EXPECT_EQ((Names{"c"}), list.Walk());
+}
+
+TEST_F(ResourceList, ReverseWalkLeavesTheHeadAtTheTailAndLostRecordsAreStillOwned) {
+  EXPECT_EQ((Names{"c", "b", "a"}), list.Walk(true));
+  EXPECT_EQ(list.c, list.head);
+  EXPECT_EQ((Names{"a", "b", "c"}), list.Walk());
+  EXPECT_EQ(list.a, list.head);
 
   // A record added while the head designates the tail is linked in front of
   // the tail: forward walks then start at it and reach only the tail.
-  list.BeginReverseIterate();
-  list.EndIterate();
+  list.Walk(true);
   list.Add("d");
-  EXPECT_EQ((std::vector<std::string>{"d", "c"}), list.Forward());
-  std::vector<std::string> fromTail;
-  for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) fromTail.push_back(r->name);
-  list.EndIterate();
-  EXPECT_EQ((std::vector<std::string>{"c", "d"}), fromTail);
+  EXPECT_EQ((Names{"d", "c"}), list.Walk());
+  EXPECT_EQ((Names{"c", "d"}), list.Walk(true));
 
-  // The records no walk reaches are still owned, and freed on request; the
-  // reachable ones are left alone, and nothing goes while a dispatcher holds
-  // the list.
-  list.Forward();
+  // The records no walk reaches are freed on request; the reachable ones are
+  // left alone, and nothing goes while a dispatcher holds the list.
+  list.Walk();
   {
     TOKAResourceHold<Record> hold(list);
     list.FreeUnreachable([](Record*) { return true; });
@@ -151,59 +138,23 @@ TEST_F(ResourceList, ReverseWalkLeavesTheHeadAtTheTail) {
   EXPECT_EQ(1, gDestroyed);
   list.FreeUnreachable([](Record*) { return true; });
   EXPECT_EQ(2, gDestroyed);
-  EXPECT_EQ((std::vector<std::string>{"d", "c"}), list.Forward());
+  EXPECT_EQ((Names{"d", "c"}), list.Walk());
 }
 
 TEST_F(ResourceList, RecordQueuedBeforeItWasLostKeepsItsNeighboursUntilCleaned) {
-  List list;
-  list.Add("c");
-  Record* b = list.Add("b");
-  list.Add("a");
   list.BeginReverseIterate();  // head at c, a walk still open
-  list.Remove(b);              // b is queued, then lost with a
+  list.Remove(list.b);         // b is queued, then lost with a
   list.Add("d");
   list.FreeUnreachable([](Record*) { return true; });
-  EXPECT_EQ(0, gDestroyed);    // b's queue entry still links to a
-  list.EndIterate();           // b's unlink links a back in behind c
+  EXPECT_EQ(0, gDestroyed);  // b's queue entry still links to a
+  list.EndIterate();         // b's unlink links a back in behind c
   EXPECT_EQ(1, gDestroyed);
-  EXPECT_EQ((std::vector<std::string>{"d", "c"}), list.Forward());
-  std::vector<std::string> backwards;
-  for (Record* r = list.BeginReverseIterate(); r; r = r->get_prev()) backwards.push_back(r->name);
-  list.EndIterate();
-  EXPECT_EQ((std::vector<std::string>{"c", "a"}), backwards);
+  EXPECT_EQ((Names{"d", "c"}), list.Walk());
+  EXPECT_EQ((Names{"c", "a"}), list.Walk(true));
   // From the tail the list re-anchors at a: now d is the one no walk reaches.
   list.FreeUnreachable([](Record*) { return true; });
   EXPECT_EQ(2, gDestroyed);
-  EXPECT_EQ((std::vector<std::string>{"a", "c"}), list.Forward());
-}
-
-TEST_F(ResourceList, MoveToFrontIsImmediateEvenDuringAWalk) {
-  List list;
-  Record* c = list.Add("c");
-  list.Add("b");
-  Record* a = list.Add("a");
-  list.MoveToFront(a);
-  EXPECT_EQ((std::vector<std::string>{"a", "b", "c"}), list.Forward());
-  list.BeginIterate();
-  list.MoveToFront(c);
-  EXPECT_EQ((std::vector<std::string>{"c", "a", "b"}), list.Forward());
-  list.EndIterate();
-  // A record brought to the front after its removal is alive again until the
-  // walk ends; the removal still takes effect then, once, and the records
-  // queued before it are not lost.
-  Record* b = list.head->get_next()->get_next();
-  ASSERT_EQ("b", b->name);
-  list.BeginIterate();
-  list.Remove(b);
-  list.Remove(a);
-  list.MoveToFront(a);
-  EXPECT_FALSE(a->is_dead());
-  list.Remove(a);
-  list.MoveToFront(a);
-  EXPECT_EQ((std::vector<std::string>{"a", "c", "b(dead)"}), list.Forward());
-  EXPECT_EQ(2, gDestroyed);
-  list.EndIterate();
-  EXPECT_EQ((std::vector<std::string>{"c"}), list.Forward());
+  EXPECT_EQ((Names{"a", "c"}), list.Walk());
 }
 
 }  // namespace

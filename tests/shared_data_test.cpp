@@ -1,72 +1,57 @@
 // Shared data: items stored by the library, read and written through
 // datarefs, with change notification for every subscriber.
-#include <cstring>
-
-#include "harness/data_harness.h"
+#include "harness/harness.h"
 
 using namespace toka_test;
 
 namespace {
 
-void Changed(void* refcon) { LogCall("changed(" + std::to_string((intptr_t)refcon) + ")"); }
+void Changed(void* refcon) { Log("changed(" + std::to_string((intptr_t)refcon) + ")"); }
 void* R(int n) { return (void*)(intptr_t)n; }
 
 class SharedData : public TokaTest {
 protected:
-  int a = 0, b = 0, c = 0;
-  void StartThree() {
-    AddScripted("a.orv", "alpha");
+  const int a = 1, b = 2, c = 3;
+  void SetUp() override {
+    AddScriptedFolder("PluginAdmin", "alpha");
     AddScripted("b.orv", "beta");
-    AddScripted("c.orv", "gamma");
+    AddScriptedFolder("c", "gamma");
     Initialize();
-    a = TOKAFindPluginBySignature("test.alpha");
-    b = TOKAFindPluginBySignature("test.beta");
-    c = TOKAFindPluginBySignature("test.gamma");
+    Events().clear();
   }
-  int ShareAs(int plugin, const char* name, int type, TOKADataChanged_f callback, void* refcon) {
-    int result = -1;
-    RunAs(plugin, [&] { result = TOKAShareData(name, type, callback, refcon); });
-    return result;
+  // TOKAShareData or TOKAUnshareData as plugin.
+  template <class F = decltype(TOKAShareData)>
+  int Share(int plugin, const char* name, int type, TOKADataChanged_f callback, void* refcon,
+            F* call = TOKAShareData) {
+    return As(plugin, [=] { return call(name, type, callback, refcon); });
   }
-  int UnshareAs(int plugin, const char* name, int type, TOKADataChanged_f callback, void* refcon) {
-    int result = -1;
-    RunAs(plugin, [&] { result = TOKAUnshareData(name, type, callback, refcon); });
-    return result;
-  }
-  std::string At(int plugin) { return "@" + std::to_string(plugin); }
 };
 
 TEST_F(SharedData, FirstShareCreatesASimulatorOwnedDatarefServingOnlyItsType) {
-  StartThree();
-  EXPECT_EQ(1, ShareAs(a, "shared/f", DataTypeFloat, Changed, R(1)));
-  EXPECT_EQ(0, ShareAs(b, "shared/f", DataTypeInt, Changed, R(2)));  // type clash
-  EXPECT_EQ(1, ShareAs(b, "shared/f", DataTypeFloat, nullptr, nullptr));
+  EXPECT_EQ(1, Share(a, "shared/f", DataTypeFloat, Changed, R(1)));
+  EXPECT_EQ(0, Share(b, "shared/f", DataTypeInt, Changed, R(2)));  // type clash
+  EXPECT_EQ(1, Share(b, "shared/f", DataTypeFloat, nullptr, nullptr));
   TOKADataRef ref = TOKAFindDataRef("shared/f");
   ASSERT_NE(nullptr, ref);
-  EXPECT_EQ(DataTypeFloat, TOKAGetDataRefTypes(ref));
-  EXPECT_EQ(1, TOKACanWriteDataRef(ref));
+  EXPECT_EQ((std::vector<int>{DataTypeFloat, 1}),
+            (std::vector<int>{TOKAGetDataRefTypes(ref), TOKACanWriteDataRef(ref)}));
 
   RunAs(b, [&] { TOKASetDataf(ref, 2.5f); });
   EXPECT_EQ(2.5f, TOKAGetDataf(ref));
-  EXPECT_EQ((std::vector<std::string>{"changed(1)" + At(a)}), Calls());
   // No other accessor is served, so nothing else reads or writes the item.
   TOKASetDatai(ref, 7);
   TOKASetDatad(ref, 7);
-  EXPECT_EQ(0, TOKAGetDatai(ref));
-  EXPECT_EQ(0.0, TOKAGetDatad(ref));
-  EXPECT_EQ(2.5f, TOKAGetDataf(ref));
-  EXPECT_EQ(1u, Calls().size());
-
+  EXPECT_EQ((std::vector<double>{0, 0, 2.5}),
+            (std::vector<double>{(double)TOKAGetDatai(ref), TOKAGetDatad(ref), TOKAGetDataf(ref)}));
   // The item belongs to the simulator, not to the plugin that shared it.
-  RunAs(a, [&] {
-    TOKASetErrorCallback(RecordError);
-    TOKAUnregisterDataAccessor(ref);
-  });
-  const std::string notYours = "Dataref is not owned by you - you cannot unregsiter.";
-  EXPECT_EQ((std::vector<std::string>{notYours + At(a)}), Errors());
+  RecordErrorsOf(a);
+  RunAs(a, [&] { TOKAUnregisterDataAccessor(ref); });
+  EXPECT_EQ((Lines{"changed(1)@1",
+                   "error(Dataref is not owned by you - you cannot unregsiter.)@1"}),
+            Events());
 
-  ShareAs(c, "shared/d", DataTypeDouble, nullptr, nullptr);
-  ShareAs(c, "shared/i", DataTypeInt, nullptr, nullptr);
+  Share(c, "shared/d", DataTypeDouble, nullptr, nullptr);
+  Share(c, "shared/i", DataTypeInt, nullptr, nullptr);
   TOKASetDatad(TOKAFindDataRef("shared/d"), 1e300);
   TOKASetDatai(TOKAFindDataRef("shared/i"), -123456);
   EXPECT_EQ(1e300, TOKAGetDatad(TOKAFindDataRef("shared/d")));
@@ -74,10 +59,9 @@ TEST_F(SharedData, FirstShareCreatesASimulatorOwnedDatarefServingOnlyItsType) {
 }
 
 TEST_F(SharedData, ArraysAndBytesGrowOnWriteAndNeverShrink) {
-  StartThree();
-  ShareAs(a, "shared/vf", DataTypeFloatArray, nullptr, nullptr);
-  ShareAs(a, "shared/vi", DataTypeIntArray, nullptr, nullptr);
-  ShareAs(a, "shared/b", DataTypeData, nullptr, nullptr);
+  Share(a, "shared/vf", DataTypeFloatArray, nullptr, nullptr);
+  Share(a, "shared/vi", DataTypeIntArray, nullptr, nullptr);
+  Share(a, "shared/b", DataTypeData, nullptr, nullptr);
   TOKADataRef vf = TOKAFindDataRef("shared/vf"), vi = TOKAFindDataRef("shared/vi"),
               bytes = TOKAFindDataRef("shared/b");
   EXPECT_EQ(1, TOKAGetDatavf(vf, nullptr, 0, 0));
@@ -88,8 +72,7 @@ TEST_F(SharedData, ArraysAndBytesGrowOnWriteAndNeverShrink) {
   TOKASetDatavf(vf, &nine, 10, 1);
   EXPECT_EQ(11, TOKAGetDatavf(vf, nullptr, 0, 0));
   EXPECT_EQ(1, TOKAGetDatavf(vf, outf, 10, 3));
-  EXPECT_EQ(9.0f, outf[0]);
-  EXPECT_EQ(-1.0f, outf[1]);
+  EXPECT_EQ((std::vector<float>{9, -1}), std::vector<float>(outf, outf + 2));
 
   int four[4] = {1, 2, 3, 4}, out[6] = {0, 0, 0, 0, 0, 0}, seven = 7;
   TOKASetDatavi(vi, four, 0, 4);
@@ -116,103 +99,67 @@ TEST_F(SharedData, ArraysAndBytesGrowOnWriteAndNeverShrink) {
 }
 
 TEST_F(SharedData, EveryWriteNotifiesEverySubscriberInOrderAsItself) {
-  StartThree();
-  ShareAs(a, "shared/n", DataTypeInt, Changed, R(1));
-  ShareAs(b, "shared/n", DataTypeInt, Changed, R(2));
-  ShareAs(c, "shared/n", DataTypeInt, Changed, R(3));
-  ShareAs(a, "shared/n", DataTypeInt, Changed, R(4));
-  ShareAs(a, "shared/n", DataTypeInt, Changed, R(1));  // a second subscription
+  Share(a, "shared/n", DataTypeInt, Changed, R(1));
+  Share(b, "shared/n", DataTypeInt, Changed, R(2));
+  Share(c, "shared/n", DataTypeInt, Changed, R(3));
+  Share(a, "shared/n", DataTypeInt, Changed, R(4));
+  Share(a, "shared/n", DataTypeInt, Changed, R(1));  // a second subscription
   TOKADisablePlugin(c);
   TOKADataRef ref = TOKAFindDataRef("shared/n");
-  const std::vector<std::string> all = {"changed(1)" + At(a), "changed(2)" + At(b),
-                                        "changed(4)" + At(a), "changed(1)" + At(a)};
-  RunAs(b, [&] {
-    TOKASetDatai(ref, 5);
-    TOKASetDatai(ref, 5);  // unchanged, announced all the same
-    EXPECT_EQ(b, TOKAGetMyID());
-  });
-  std::vector<std::string> twice = all;
+  const Lines all = {"changed(1)@1", "changed(2)@2", "changed(4)@1", "changed(1)@1"};
+  Lines twice = all;
   twice.insert(twice.end(), all.begin(), all.end());
-  EXPECT_EQ(twice, Calls());
+  EXPECT_EQ(twice, During([&] {
+              RunAs(b, [&] {
+                TOKASetDatai(ref, 5);
+                TOKASetDatai(ref, 5);  // unchanged, announced all the same
+                EXPECT_EQ(b, TOKAGetMyID());
+              });
+            }));
 
-  EXPECT_EQ(0, UnshareAs(b, "shared/n", DataTypeInt, Changed, R(1)));  // a's, not b's
-  EXPECT_EQ(0, UnshareAs(a, "shared/n", DataTypeFloat, Changed, R(1)));
-  EXPECT_EQ(0, UnshareAs(a, "shared/n", DataTypeInt, nullptr, R(1)));
-  EXPECT_EQ(0, UnshareAs(a, "shared/none", DataTypeInt, Changed, R(1)));
-  EXPECT_EQ(1, UnshareAs(a, "shared/n", DataTypeInt, Changed, R(1)));
-  EXPECT_EQ(1, UnshareAs(b, "shared/n", DataTypeInt, Changed, R(2)));
-  EXPECT_EQ(0, UnshareAs(b, "shared/n", DataTypeInt, Changed, R(2)));
+  EXPECT_EQ(0, Share(b, "shared/n", DataTypeInt, Changed, R(1), TOKAUnshareData));  // a's, not b's
+  EXPECT_EQ(0, Share(a, "shared/n", DataTypeFloat, Changed, R(1), TOKAUnshareData));
+  EXPECT_EQ(0, Share(a, "shared/n", DataTypeInt, nullptr, R(1), TOKAUnshareData));
+  EXPECT_EQ(0, Share(a, "shared/none", DataTypeInt, Changed, R(1), TOKAUnshareData));
+  EXPECT_EQ(1, Share(a, "shared/n", DataTypeInt, Changed, R(1), TOKAUnshareData));
+  EXPECT_EQ(1, Share(b, "shared/n", DataTypeInt, Changed, R(2), TOKAUnshareData));
+  EXPECT_EQ(0, Share(b, "shared/n", DataTypeInt, Changed, R(2), TOKAUnshareData));
   TOKAEnablePlugin(c);
-  Calls().clear();
-  TOKASetDatai(ref, 6);
-  EXPECT_EQ((std::vector<std::string>{"changed(3)" + At(c), "changed(4)" + At(a),
-                                      "changed(1)" + At(a)}),
-            Calls());
+  EXPECT_EQ((Lines{"changed(3)@3", "changed(4)@1", "changed(1)@1"}),
+            During([&] { TOKASetDatai(ref, 6); }));
   EXPECT_EQ(6, TOKAGetDatai(ref));  // the last subscriber leaving keeps the value
 }
 
 // Writes the item again from its own notification until it reaches 3.
 TOKADataRef gDepth = nullptr;
-void CountUp(void* refcon) {
+void CountUp(void*) {
   int value = TOKAGetDatai(gDepth);
-  LogCall("up" + std::to_string(value));
+  Log("up" + std::to_string(value));
   if (value < 3) TOKASetDatai(gDepth, value + 1);
 }
-void Watch(void* refcon) { LogCall("watch" + std::to_string(TOKAGetDatai(gDepth))); }
+void Watch(void*) { Log("watch" + std::to_string(TOKAGetDatai(gDepth))); }
 // Subscribes a crowd (moving the subscriber array) and leaves.
 void Crowd(void* refcon) {
-  LogCall("crowd");
+  Log("crowd");
   for (int i = 0; i < 40; ++i) TOKAShareData("shared/crowd", DataTypeInt, Changed, R(100 + i));
   TOKAUnshareData("shared/crowd", DataTypeInt, Crowd, refcon);
 }
 
 TEST_F(SharedData, NotificationsMayWriteShareAndUnshareAgain) {
-  StartThree();
-  ShareAs(a, "shared/depth", DataTypeInt, CountUp, nullptr);
-  ShareAs(b, "shared/depth", DataTypeInt, Watch, nullptr);
+  Share(a, "shared/depth", DataTypeInt, CountUp, nullptr);
+  Share(b, "shared/depth", DataTypeInt, Watch, nullptr);
   gDepth = TOKAFindDataRef("shared/depth");
-  TOKASetDatai(gDepth, 1);
   // Each write notifies everyone again before the outer walk goes on.
-  EXPECT_EQ((std::vector<std::string>{"up1" + At(a), "up2" + At(a), "up3" + At(a),
-                                      "watch3" + At(b), "watch3" + At(b), "watch3" + At(b)}),
-            Calls());
+  EXPECT_EQ((Lines{"up1@1", "up2@1", "up3@1", "watch3@2", "watch3@2", "watch3@2"}),
+            During([] { TOKASetDatai(gDepth, 1); }));
 
-  ShareAs(a, "shared/crowd", DataTypeInt, Crowd, nullptr);
-  ShareAs(b, "shared/crowd", DataTypeInt, Changed, R(2));
+  Share(a, "shared/crowd", DataTypeInt, Crowd, nullptr);
+  Share(b, "shared/crowd", DataTypeInt, Changed, R(2));
   TOKADataRef crowd = TOKAFindDataRef("shared/crowd");
   TOKASetDatai(crowd, 1);
-  Calls().clear();
-  TOKASetDatai(crowd, 2);
-  std::vector<std::string> expected = {"changed(2)" + At(b)};
-  for (int i = 100; i < 140; ++i) expected.push_back("changed(" + std::to_string(i) + ")" + At(a));
-  EXPECT_EQ(expected, Calls());
-}
-
-TEST_F(SharedData, UnloadEndsThePluginsSubscriptionsButTheItemStays) {
-  AddScripted("a.orv", "alpha");
-  PluginScript& gps = AddAircraftPlugin(tree, "gps");
-  gps.onStart = [] { TOKAShareData("shared/gps", DataTypeInt, Changed, R(5)); };
-  Initialize();
-  TOKAEventHook(3, 0, 0, 0);
-  ASSERT_EQ(3, TOKACountPlugins());
-  ShareAs(1, "shared/gps", DataTypeInt, Changed, R(6));
-
-  TOKAEventHook(8, 0, 0, 0);
-  TOKADataRef ref = TOKAFindDataRef("shared/gps");
-  ASSERT_NE(nullptr, ref);
-  EXPECT_EQ(1, TOKAIsDataRefGood(ref));
-  Calls().clear();
-  RunAs(1, [&] { TOKASetDatai(ref, 7); });
-  EXPECT_EQ(7, TOKAGetDatai(ref));
-  EXPECT_EQ((std::vector<std::string>{"changed(6)@1"}), Calls());
-
-  // The aircraft plugin comes back under the same ID and subscribes anew:
-  // once, after the subscription that stayed.
-  TOKAEventHook(3, 0, 0, 0);
-  ASSERT_EQ(3, TOKACountPlugins());
-  Calls().clear();
-  TOKASetDatai(ref, 8);
-  EXPECT_EQ((std::vector<std::string>{"changed(6)@1", "changed(5)@2"}), Calls());
+  Lines expected = {"changed(2)@2"};
+  for (int i = 100; i < 140; ++i) expected.push_back("changed(" + std::to_string(i) + ")@1");
+  EXPECT_EQ(expected, During([&] { TOKASetDatai(crowd, 2); }));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
-// The window calls, and what unloading a plugin withdraws from the display.
-#include <cstring>
-
+// The window calls, and what disabling and unloading a plugin withdraw from
+// the display.
 #include "harness/display_scripts.h"
 
 using namespace toka_test;
@@ -9,17 +8,19 @@ namespace {
 
 class Windows : public DisplayTest {};
 
-int gDrawn = 0, gKeys = 0, gClicks = 0;
-void CountDraw(TOKAWindowID, void*) { ++gDrawn; }
-void CountKey(TOKAWindowID, char, int, char, void*, int) { ++gKeys; }
-int CountClick(TOKAWindowID, int, int, int, void*) { return ++gClicks; }
+void CountDraw(TOKAWindowID, void*) { Log("draw"); }
+void CountKey(TOKAWindowID, char, int, char, void*, int losing) {
+  Log("key" + std::to_string(losing));
+}
+int CountClick(TOKAWindowID, int, int, int status, void*) {
+  Log("click" + std::to_string(status));
+  return 1;
+}
 
 TEST_F(Windows, CreationTakesTheMouseCallbackBeforeTheKeyCallbackInTheParameterBlock) {
-  Start();
   // The block as a plugin lays it out: twelve words.
-  void* words[12] = {
-      (void*)48,       0, (void*)10, (void*)10, 0, (void*)1, (void*)CountDraw, (void*)CountClick,
-      (void*)CountKey, 0, 0,         (void*)7};
+  void* words[12] = {(void*)48, 0, (void*)10, (void*)10, 0, (void*)1, (void*)CountDraw,
+                     (void*)CountClick, (void*)CountKey, 0, 0, (void*)7};
   TOKAWindowID window = nullptr;
   for (intptr_t size : {44, 52}) {
     words[0] = (void*)size;
@@ -30,100 +31,55 @@ TEST_F(Windows, CreationTakesTheMouseCallbackBeforeTheKeyCallbackInTheParameterB
   words[0] = (void*)48;
   RunAs(alpha, [&] { window = TOKACreateWindowEx((TOKACreateWindow_t*)words); });
   EXPECT_EQ((void*)7, TOKAGetWindowRefCon(window));
-  EXPECT_EQ(0, TOKAMouseClickHook(5, 5, 1));  // the click went to the mouse callback
-  EXPECT_EQ(1, gClicks);
+  EXPECT_EQ(0, TOKAMouseClickHook(5, 5, 1));
   TOKATakeKeyboardFocus(window);
   EXPECT_EQ(0, TOKAKeyPressHook('a', 0, 'A'));
-  EXPECT_EQ(1, gKeys);
   TOKADoDrawingHook(20, 0);  // a drag, then the drawing
-  EXPECT_EQ(2, gClicks);
-  EXPECT_EQ(1, gDrawn);
+  EXPECT_EQ((Lines{"click1@1", "key0@1", "click2@1", "draw@1"}), TakeEvents());
 
   // The plain call takes draw, key, mouse, and has no cursor or wheel.
   RunAs(beta, [&] {
     window = TOKACreateWindow(0, 10, 10, 0, 1, CountDraw, CountKey, CountClick, nullptr);
   });
   EXPECT_EQ(0, TOKAMouseClickHook(5, 5, 1));
-  EXPECT_EQ(3, gClicks);
   TOKATakeKeyboardFocus(window);  // the first window hears that it loses the focus
   EXPECT_EQ(0, TOKAKeyPressHook('a', 0, 'A'));
-  EXPECT_EQ(3, gKeys);
   EXPECT_EQ(0, TOKACursorHook(5, 5));
   EXPECT_EQ(1, TOKAScrollWheelHook(5, 5, 1, 1));
+  EXPECT_EQ((Lines{"click1@2", "key1@1", "key0@2"}), Events());
 }
 
-TEST_F(Windows, GeometryVisibilityRefconAndOrderAreKeptPerWindow) {
-  Start();
+TEST_F(Windows, UnknownHandlesAreIgnoredAndTheFrontWindowIsTheFirstVisibleOne) {
   ScriptedWindow back{"back"}, front{"front"};
   OpenWindow(alpha, back, 1, 20, 30, 4);
   OpenWindow(alpha, front, 0, 10, 10, 0);
-  int unknown = 0;
-  int left = -1, top = -1, right = -1, bottom = -1;
+  int unknown = 0, left = -1;
   TOKASetWindowGeometry(&unknown, 7, 7, 7, 7);
-  TOKAGetWindowGeometry(&unknown, &left, &top, &right, &bottom);
+  TOKAGetWindowGeometry(&unknown, &left, nullptr, nullptr, nullptr);
   TOKASetWindowRefCon(&unknown, &back);
-  EXPECT_EQ((std::vector<int>{0, -1, -1, -1, -1}),
-            (std::vector<int>{unknown, left, top, right, bottom}));
-  TOKAGetWindowGeometry(back.id, &left, &top, &right, &bottom);
-  EXPECT_EQ((std::vector<int>{1, 20, 30, 4}), (std::vector<int>{left, top, right, bottom}));
-  TOKASetWindowGeometry(back.id, 5, 2, 3, 9);  // not checked
-  TOKAGetWindowGeometry(back.id, &left, nullptr, nullptr, &bottom);
-  EXPECT_EQ((std::vector<int>{5, 9}), (std::vector<int>{left, bottom}));
-  TOKASetWindowRefCon(front.id, &unknown);
-  EXPECT_EQ(&unknown, TOKAGetWindowRefCon(front.id));
-  EXPECT_EQ(&back, TOKAGetWindowRefCon(back.id));
+  TOKADestroyWindow(&unknown);
+  EXPECT_EQ((std::vector<int>{0, -1}), (std::vector<int>{unknown, left}));
   EXPECT_EQ(nullptr, TOKAGetWindowRefCon(&unknown));
+  EXPECT_EQ(0, TOKAIsWindowInFront(&unknown));
 
-  EXPECT_EQ(1, TOKAIsWindowInFront(front.id));
-  EXPECT_EQ(0, TOKAIsWindowInFront(back.id));
+  EXPECT_EQ((std::vector<int>{1, 0}),
+            (std::vector<int>{TOKAIsWindowInFront(front.id), TOKAIsWindowInFront(back.id)}));
   TOKASetWindowIsVisible(front.id, 0);
-  EXPECT_EQ(0, TOKAGetWindowIsVisible(front.id));
-  EXPECT_EQ(0, TOKAIsWindowInFront(front.id));
-  EXPECT_EQ(1, TOKAIsWindowInFront(back.id));
+  EXPECT_EQ((std::vector<int>{0, 1}),
+            (std::vector<int>{TOKAIsWindowInFront(front.id), TOKAIsWindowInFront(back.id)}));
   TOKASetWindowIsVisible(front.id, 5);
-  EXPECT_EQ(5, TOKAGetWindowIsVisible(front.id));
   TOKABringWindowToFront(back.id);
   EXPECT_EQ(1, TOKAIsWindowInFront(back.id));
-  EXPECT_EQ(0, TOKAIsWindowInFront(&unknown));
-  TOKADestroyWindow(&unknown);
   TOKADestroyWindow(back.id);
   EXPECT_EQ(0, TOKAGetWindowIsVisible(back.id));
+  EXPECT_EQ(5, TOKAGetWindowIsVisible(front.id));
   EXPECT_EQ(1, TOKAIsWindowInFront(front.id));
-}
-
-TEST_F(Windows, ScreenSizeAndMouseLocationComeFromTheSimulator) {
-  Start();
-  host.onCall[2] = [](const HostCall& call) -> intptr_t {
-    *call.arg<int*>(0) = 1024;
-    *call.arg<int*>(1) = 768;
-    return 0;
-  };
-  MouseAt(12, 34);
-  int width = 0, height = 0, x = 0, y = 0;
-  TOKAGetScreenSize(&width, &height);
-  TOKAGetMouseLocation(&x, &y);
-  EXPECT_EQ((std::vector<int>{1024, 768, 12, 34}), (std::vector<int>{width, height, x, y}));
-  std::vector<HostCall> mouse = host.CallsTo(3);
-  ASSERT_EQ(1u, mouse.size());
-  EXPECT_EQ(1u, mouse[0].words[2]);  // a plugin is asking
 }
 
 TEST_F(Windows, UnloadingAPluginWithdrawsItsDisplayRecordsAndReleasesFocusAndDrag) {
-  AddScripted("alpha.orv", "alpha");
-  Initialize();
-  alpha = TOKAFindPluginBySignature("test.alpha");
-  std::string aircraft = tree.root() + "Aircraft/C172/c172.acf";
-  tree.AddPlugin("Aircraft/C172/plugins/gps/lin.orv", "scripted");
-  PluginScript& gpsScript = Script(tree.root() + "Aircraft/C172/plugins/gps/lin.orv");
-  gpsScript.name = "gps";
-  gpsScript.signature = "test.gps";
-  host.onCall[18] = [aircraft](const HostCall& call) -> intptr_t {
-    std::strcpy(call.arg<char*>(1), aircraft.c_str());
-    std::strcpy(call.arg<char*>(2), "c172.acf");
-    return 0;
-  };
+  AddAircraftPlugin("gps");
   TOKAEventHook(3, 0, 0, 0);
-  int gps = TOKAFindPluginBySignature("test.gps");
+  const int gps = 3;
   ASSERT_EQ(1, TOKAIsPluginEnabled(gps));
 
   ScriptedCallback draw{"draw"}, sniffer{"sniffer"}, hot{"hot"}, kept{"kept"};
@@ -137,10 +93,14 @@ TEST_F(Windows, UnloadingAPluginWithdrawsItsDisplayRecordsAndReleasesFocusAndDra
   EXPECT_EQ(0, TOKAMouseClickHook(1, 1, 1));
   RunAs(gps, [&] { TOKATakeKeyboardFocus(window.id); });
   MouseAt(8, 9);
-  DisplayCalls().clear();
+  host.ClearRecords();
 
-  TOKAEventHook(8, 0, 0, 0);
-  EXPECT_EQ((Calls{"w.key(0,0,0,0,1)" + At(gps), "w.mouse(8,9,3)" + At(gps)}), DisplayCalls());
+  EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "beta.message(0,106,0)@2",
+                   "gps.message(0,106,0)@3", "w.key(0,0,0,0,1)@3", "w.mouse(8,9,3)@3",
+                   "gps.disable@3", "gps.stop@3"}),
+            During([] { TOKAEventHook(8, 0, 0, 0); }));
+  ASSERT_EQ(1u, host.CountCalls(3));
+  EXPECT_EQ(0u, host.CallsTo(3)[0].words[2]);  // the library itself asks where the mouse is
   EXPECT_EQ(1, TOKACountHotKeys());
   EXPECT_EQ(0, TOKAGetWindowIsVisible(window.id));
   // The records are gone, not merely refused: the same registrations are new.
@@ -148,13 +108,13 @@ TEST_F(Windows, UnloadingAPluginWithdrawsItsDisplayRecordsAndReleasesFocusAndDra
     EXPECT_EQ(1, TOKARegisterDrawCallback(DrawThunk, 0, 1, &draw));
     EXPECT_EQ(1, TOKARegisterKeySniffer(SnifferThunk, 0, &sniffer));
   });
-  DisplayCalls().clear();
-  EXPECT_EQ(1, TOKAKeyPressHook('h', 0, 'H'));
-  TOKADoDrawingHook(1, 0);
-  TOKADoDrawingHook(20, 0);
-  EXPECT_EQ((Calls{"sniffer.sniff(104,0,72)" + At(alpha), "draw.draw(0,1)" + At(alpha),
-                   "other.draw()" + At(alpha)}),
-            DisplayCalls());
+  EXPECT_EQ((Lines{"sniffer.sniff(104,0,72)@1", "draw.draw(0,1)@1", "other.draw()@1"}),
+            During([] {
+              EXPECT_EQ(1, TOKAKeyPressHook('h', 0, 'H'));
+              TOKADoDrawingHook(1, 0);
+              TOKADoDrawingHook(20, 0);  // no drag is left to poll
+            }));
+  EXPECT_EQ(1u, host.CountCalls(3));
 }
 
 }  // namespace

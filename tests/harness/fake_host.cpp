@@ -1,5 +1,6 @@
 #include "harness/fake_host.h"
 
+#include <cstddef>
 #include <cstring>
 #include <type_traits>
 
@@ -11,23 +12,13 @@ void Push(HostCall& call, const char* text) {
   call.words.push_back((uint32_t)(uintptr_t)text);
   if (text) call.strings.push_back(text);
 }
-void Push(HostCall& call, double value) {
-  uint32_t pair[2];
-  std::memcpy(pair, &value, 8);
-  call.words.push_back(pair[0]);
-  call.words.push_back(pair[1]);
-}
-void Push(HostCall& call, float value) {
-  uint32_t word;
-  std::memcpy(&word, &value, 4);
-  call.words.push_back(word);
-}
+// Every argument as its words: doubles as two, anything else as one.
 template <class T>
 void Push(HostCall& call, T value) {
-  static_assert(sizeof(T) == 4, "one word");
-  uint32_t word;
-  std::memcpy(&word, &value, 4);
-  call.words.push_back(word);
+  static_assert(sizeof(T) == 4 || sizeof(T) == 8, "one or two words");
+  uint32_t words[2];
+  std::memcpy(words, &value, sizeof(T));
+  call.words.insert(call.words.end(), words, words + sizeof(T) / 4);
 }
 
 intptr_t DefaultAnswer(const HostCall& call) {
@@ -44,121 +35,61 @@ intptr_t DefaultAnswer(const HostCall& call) {
   return 0;
 }
 
-template <class R, class... A>
-R Service(int slot, A... args) {
+// Every service records its call, then answers as the test says.
+template <int Slot, class R, class... A>
+R Service(A... args) {
   FakeHost& host = FakeHost::Get();
   HostCall call;
-  call.slot = slot;
+  call.slot = Slot;
   (Push(call, args), ...);
   host.calls.push_back(call);
-  if (slot == 29 && !call.strings.empty()) host.log += call.strings[0];
+  if (Slot == 29 && !call.strings.empty()) host.log += call.strings[0];
   if constexpr (std::is_floating_point_v<R>) {
-    return host.onFloatCall[slot] ? (R)host.onFloatCall[slot](call) : R(0);
+    return host.onFloatCall[Slot] ? (R)host.onFloatCall[Slot](call) : R(0);
   } else {
-    intptr_t answer = host.onCall[slot] ? host.onCall[slot](call) : DefaultAnswer(call);
-    if constexpr (std::is_pointer_v<R>) return (R)answer;
-    else if constexpr (!std::is_void_v<R>) return (R)answer;
+    intptr_t answer = host.onCall[Slot] ? host.onCall[Slot](call) : DefaultAnswer(call);
+    if constexpr (!std::is_void_v<R>) return (R)answer;
   }
+}
+
+// Fills a slot with the service of the slot's own type.
+template <int Slot, class R, class... A>
+void Install(R (*&service)(A...)) {
+  service = &Service<Slot, R, A...>;
 }
 
 }  // namespace
 
-#define TOKA_SERVICE(slot, R, member, params, ...)                     \
-  table.member = [] params -> R { return Service<R>(slot, ##__VA_ARGS__); }
+// The slot of a service is its member's word in the table.
+#define TOKA_SERVE(member) Install<offsetof(TOKAHostServices, member) / 4>(table.member)
 
 FakeHost::FakeHost() {
   table.revision = 4;
   table.version = 300;
-  TOKA_SERVICE(2, void, GetScreenSize, (int* a, int* b), a, b);
-  TOKA_SERVICE(3, void, GetMouseLocation, (int* a, int* b, int c), a, b, c);
-  TOKA_SERVICE(4, void, SetGraphicsState, (int a, int b, int c, int d, int e, int f, int g), a, b,
-               c, d, e, f, g);
-  TOKA_SERVICE(5, void, BindTexture2d, (int a, int b), a, b);
-  TOKA_SERVICE(6, void, GenerateTextureNumbers, (int* a, int b), a, b);
-  TOKA_SERVICE(7, int, GetTexture, (int a), a);
-  TOKA_SERVICE(8, void, WorldToLocal, (double a, double b, double c, double* d, double* e, double* f),
-               a, b, c, d, e, f);
-  TOKA_SERVICE(9, void, LocalToWorld, (double a, double b, double c, double* d, double* e, double* f),
-               a, b, c, d, e, f);
-  TOKA_SERVICE(10, void, DrawTranslucentDarkBox, (int a, int b, int c, int d), a, b, c, d);
-  TOKA_SERVICE(11, void, DrawString, (float* a, int b, int c, const char* d, int* e, int f), a, b, c,
-               d, e, f);
-  TOKA_SERVICE(12, void, DrawNumber,
-               (float* a, int b, int c, double d, int e, int f, int g, int h), a, b, c, d, e, f, g, h);
-  TOKA_SERVICE(13, void, GetFontDimensions, (int a, int* b, int* c, int* d), a, b, c, d);
-  TOKA_SERVICE(14, double, GetElapsedTime, ());
-  TOKA_SERVICE(15, void, ReadCameraPosition,
-               (float* a, float* b, float* c, float* d, float* e, float* f, float* g), a, b, c, d, e,
-               f, g);
-  TOKA_SERVICE(16, void, DrawAircraft,
-               (int a, float b, float c, float d, float e, float f, float g, int h, void* i), a, b, c,
-               d, e, f, g, h, i);
-  TOKA_SERVICE(17, void, SetAircraftModel, (int a, const char* b, const char* c), a, b, c);
-  TOKA_SERVICE(18, void, GetNthAircraftModel, (int a, char* b, char* c), a, b, c);
-  TOKA_SERVICE(19, int, CountAircraft, ());
-  TOKA_SERVICE(20, void, PlaceUserAtAirport, (const char* a), a);
-  TOKA_SERVICE(21, void, SimulateKeyPress, (int a, int b), a, b);
-  TOKA_SERVICE(22, void, SpeakString, (const char* a), a);
-  TOKA_SERVICE(23, void, CommandKeyStroke, (int a), a);
-  TOKA_SERVICE(24, void, CommandButton, (int* a, int b, int c), a, b, c);
-  TOKA_SERVICE(25, void, GetSystemPath, (char* a), a);
-  TOKA_SERVICE(26, void, GetPrefsPath, (char* a), a);
-  TOKA_SERVICE(27, void, GetVersions, (int* a, int* b), a, b);
-  TOKA_SERVICE(28, int, GetLanguage, ());
-  TOKA_SERVICE(29, void, DebugString, (const char* a), a);
-  TOKA_SERVICE(30, int, CreateMenu, (int a, int b, const char* c), a, b, c);
-  TOKA_SERVICE(31, int, AppendMenuItem, (int a, int b, const char* c, int d), a, b, c, d);
-  TOKA_SERVICE(32, void, SetMenuItemName, (int a, int b, const char* c, int d), a, b, c, d);
-  TOKA_SERVICE(33, void, DestroyMenu, (int a), a);
-  TOKA_SERVICE(34, void, ReinitUsersPlane, (int a, int b), a, b);
-  TOKA_SERVICE(35, void, ReloadScenery, ());
-  TOKA_SERVICE(36, TOKANavRef, GetFirstNavAid, ());
-  TOKA_SERVICE(37, TOKANavRef, GetNextNavAid, (TOKANavRef a), a);
-  TOKA_SERVICE(38, TOKANavRef, FindFirstNavAidOfType, (int a), a);
-  TOKA_SERVICE(39, TOKANavRef, FindLastNavAidOfType, (int a), a);
-  TOKA_SERVICE(40, TOKANavRef, FindNavAid,
-               (const char* a, const char* b, float* c, float* d, int* e, int f), a, b, c, d, e, f);
-  TOKA_SERVICE(41, int, GetNavAidInfo,
-               (TOKANavRef a, int* b, float* c, float* d, float* e, int* f, float* g, char* h,
-                char* i, char* j),
-               a, b, c, d, e, f, g, h, i, j);
-  TOKA_SERVICE(42, int, CountFMSEntries, ());
-  TOKA_SERVICE(43, int, GetDisplayedFMSEntry, ());
-  TOKA_SERVICE(44, int, GetDestinationFMSEntry, ());
-  TOKA_SERVICE(45, int, SetDisplayedFMSEntry, (int a), a);
-  TOKA_SERVICE(46, int, SetDestinationFMSEntry, (int a), a);
-  TOKA_SERVICE(47, int, GetFMSEntryInfo,
-               (int a, int* b, char* c, TOKANavRef* d, int* e, float* f, float* g), a, b, c, d, e,
-               f, g);
-  TOKA_SERVICE(48, int, SetFMSEntryInfo, (int a, TOKANavRef b, int c), a, b, c);
-  TOKA_SERVICE(49, int, SetFMSEntryLatLon, (int a, float b, float c, int d), a, b, c, d);
-  TOKA_SERVICE(50, int, ClearFMSEntry, (int a), a);
-  TOKA_SERVICE(51, int, GetGPSDestinationType, ());
-  TOKA_SERVICE(52, int, GetGPSDestination, ());
-  TOKA_SERVICE(53, void, ShowUserMessage, (const char* a, const char* b, const char* c, const char* d),
-               a, b, c, d);
-  TOKA_SERVICE(54, void, ShowLoadingProgress, (const char* a), a);
-  TOKA_SERVICE(55, TOKACommandRef, CreateCommand, (const char* a, const char* b, int c), a, b, c);
-  TOKA_SERVICE(56, void, CommandBegin, (TOKACommandRef a), a);
-  TOKA_SERVICE(57, void, CommandContinue, (TOKACommandRef a), a);
-  TOKA_SERVICE(58, void, CommandEnd, (TOKACommandRef a), a);
-  TOKA_SERVICE(59, int, CreateProbe, ());
-  TOKA_SERVICE(60, int, ProbeTerrain, (int a, float* b, float* c, float* d, float* e, int* f), a, b,
-               c, d, e, f);
-  TOKA_SERVICE(61, void*, FindSymbol, (const char* a), a);
-  TOKA_SERVICE(62, float, MeasureString, (int a, const char* b, int c), a, b, c);
-  TOKA_SERVICE(63, void, RemoveMenuItem, (int a, int b), a, b);
-  TOKA_SERVICE(64, TOKAObjectRef, LoadObject, (const char* a), a);
-  TOKA_SERVICE(65, void, DrawObjectInstance,
-               (TOKAObjectRef a, float b, float c, float d, float e, float f, float g, int h, int i),
-               a, b, c, d, e, f, g, h, i);
-  TOKA_SERVICE(66, void, UnloadObject, (TOKAObjectRef a), a);
-  TOKA_SERVICE(67, int, LookupObjects,
-               (const char* a, float b, float c, TOKAObjectLibraryEnumerator_f d, void* e), a, b, c,
-               d, e);
-  TOKA_SERVICE(68, int, LoadDataFile, (int a, const char* b), a, b);
-  TOKA_SERVICE(69, int, SaveDataFile, (int a, const char* b), a, b);
-  TOKA_SERVICE(70, void, LoadObjectAsync, (const char* a, TOKAObjectLoaded_f b, void* c), a, b, c);
+  TOKA_SERVE(GetScreenSize); TOKA_SERVE(GetMouseLocation); TOKA_SERVE(SetGraphicsState);
+  TOKA_SERVE(BindTexture2d); TOKA_SERVE(GenerateTextureNumbers); TOKA_SERVE(GetTexture);
+  TOKA_SERVE(WorldToLocal); TOKA_SERVE(LocalToWorld); TOKA_SERVE(DrawTranslucentDarkBox);
+  TOKA_SERVE(DrawString); TOKA_SERVE(DrawNumber); TOKA_SERVE(GetFontDimensions);
+  TOKA_SERVE(GetElapsedTime); TOKA_SERVE(ReadCameraPosition); TOKA_SERVE(DrawAircraft);
+  TOKA_SERVE(SetAircraftModel); TOKA_SERVE(GetNthAircraftModel); TOKA_SERVE(CountAircraft);
+  TOKA_SERVE(PlaceUserAtAirport); TOKA_SERVE(SimulateKeyPress); TOKA_SERVE(SpeakString);
+  TOKA_SERVE(CommandKeyStroke); TOKA_SERVE(CommandButton); TOKA_SERVE(GetSystemPath);
+  TOKA_SERVE(GetPrefsPath); TOKA_SERVE(GetVersions); TOKA_SERVE(GetLanguage);
+  TOKA_SERVE(DebugString); TOKA_SERVE(CreateMenu); TOKA_SERVE(AppendMenuItem);
+  TOKA_SERVE(SetMenuItemName); TOKA_SERVE(DestroyMenu); TOKA_SERVE(ReinitUsersPlane);
+  TOKA_SERVE(ReloadScenery); TOKA_SERVE(GetFirstNavAid); TOKA_SERVE(GetNextNavAid);
+  TOKA_SERVE(FindFirstNavAidOfType); TOKA_SERVE(FindLastNavAidOfType); TOKA_SERVE(FindNavAid);
+  TOKA_SERVE(GetNavAidInfo); TOKA_SERVE(CountFMSEntries); TOKA_SERVE(GetDisplayedFMSEntry);
+  TOKA_SERVE(GetDestinationFMSEntry); TOKA_SERVE(SetDisplayedFMSEntry);
+  TOKA_SERVE(SetDestinationFMSEntry); TOKA_SERVE(GetFMSEntryInfo); TOKA_SERVE(SetFMSEntryInfo);
+  TOKA_SERVE(SetFMSEntryLatLon); TOKA_SERVE(ClearFMSEntry); TOKA_SERVE(GetGPSDestinationType);
+  TOKA_SERVE(GetGPSDestination); TOKA_SERVE(ShowUserMessage); TOKA_SERVE(ShowLoadingProgress);
+  TOKA_SERVE(CreateCommand); TOKA_SERVE(CommandBegin); TOKA_SERVE(CommandContinue);
+  TOKA_SERVE(CommandEnd); TOKA_SERVE(CreateProbe); TOKA_SERVE(ProbeTerrain);
+  TOKA_SERVE(FindSymbol); TOKA_SERVE(MeasureString); TOKA_SERVE(RemoveMenuItem);
+  TOKA_SERVE(LoadObject); TOKA_SERVE(DrawObjectInstance); TOKA_SERVE(UnloadObject);
+  TOKA_SERVE(LookupObjects); TOKA_SERVE(LoadDataFile); TOKA_SERVE(SaveDataFile);
+  TOKA_SERVE(LoadObjectAsync);
 }
 
 FakeHost& FakeHost::Get() {

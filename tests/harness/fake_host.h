@@ -25,12 +25,6 @@ struct HostCall {
     __builtin_memcpy(&value, &words.at(i), 4);
     return value;
   }
-  double doubleArg(size_t i) const {
-    double value;
-    uint32_t pair[2] = {words.at(i), words.at(i + 1)};
-    __builtin_memcpy(&value, pair, 8);
-    return value;
-  }
 };
 
 class FakeHost {

@@ -22,17 +22,6 @@ std::map<std::string, PluginScript>& Scripts() {
   return scripts;
 }
 
-PluginScript& ScriptOf(const char* selfPath) {
-  std::string key = RealPath(selfPath);
-  auto found = Scripts().find(key);
-  if (found != Scripts().end()) return found->second;
-  PluginScript& script = Scripts()[key];
-  const char* slash = std::strrchr(selfPath, '/');
-  script.name = slash ? slash + 1 : selfPath;
-  script.signature = std::string("test.") + selfPath;
-  return script;
-}
-
 void Record(const PluginScript& script, const std::string& entry) {
   Events().push_back(script.name + "." + entry + "@" + std::to_string(TOKAGetMyID()));
 }
@@ -44,11 +33,11 @@ void CopyOut(char* buffer, const std::string& text) {
 
 }  // namespace
 
+// An unscripted plugin is named after its file.
 PluginScript& Script(const std::string& path) {
   PluginScript& script = Scripts()[RealPath(path)];
   if (script.name.empty()) {
-    size_t slash = path.rfind('/');
-    script.name = slash == std::string::npos ? path : path.substr(slash + 1);
+    script.name = path.substr(path.rfind('/') + 1);
     script.signature = "test." + path;
   }
   return script;
@@ -60,7 +49,7 @@ std::vector<std::string>& Events() {
 }
 
 int PluginStart(const char* selfPath, char* outName, char* outSignature, char* outDescription) {
-  PluginScript& script = ScriptOf(selfPath);
+  PluginScript& script = Script(selfPath);
   Record(script, "start");
   CopyOut(outName, script.name);
   CopyOut(outSignature, script.signature);
@@ -70,20 +59,20 @@ int PluginStart(const char* selfPath, char* outName, char* outSignature, char* o
 }
 
 void PluginStop(const char* selfPath) {
-  PluginScript& script = ScriptOf(selfPath);
+  PluginScript& script = Script(selfPath);
   Record(script, "stop");
   if (script.onStop) script.onStop();
 }
 
 int PluginEnable(const char* selfPath) {
-  PluginScript& script = ScriptOf(selfPath);
+  PluginScript& script = Script(selfPath);
   Record(script, "enable");
   if (script.onEnable) script.onEnable();
   return script.enableResult;
 }
 
 void PluginDisable(const char* selfPath) {
-  PluginScript& script = ScriptOf(selfPath);
+  PluginScript& script = Script(selfPath);
   Record(script, "disable");
   if (script.onDisable) script.onDisable();
 }
@@ -93,7 +82,7 @@ void PluginReceiveMessage(const char* selfPath, int from, int message, void* par
     (*static_cast<std::function<void()>*>(param))();
     return;
   }
-  PluginScript& script = ScriptOf(selfPath);
+  PluginScript& script = Script(selfPath);
   Record(script, "message(" + std::to_string(from) + "," + std::to_string(message) + "," +
                      std::to_string((intptr_t)param) + ")");
   if (script.onMessage) script.onMessage(from, message, param);

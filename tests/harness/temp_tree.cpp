@@ -25,10 +25,6 @@ int RemoveEntry(const char* path, const struct stat*, int, struct FTW*) {
 
 }  // namespace
 
-std::string FixtureDir() {
-  return TOKA_FIXTURE_DIR;
-}
-
 TempTree::TempTree() {
   char pattern[] = "/tmp/toka-test-XXXXXX";
   if (!mkdtemp(pattern)) throw std::runtime_error("mkdtemp failed");
@@ -40,7 +36,7 @@ TempTree::~TempTree() {
 }
 
 std::string TempTree::AddPlugin(const std::string& relativePath, const std::string& fixture) {
-  std::string source = FixtureDir() + "/" + fixture + ".orv";
+  std::string source = std::string(TOKA_FIXTURE_DIR) + "/" + fixture + ".orv";
   std::string target = mRoot + relativePath;
   MakeParents(target);
   std::ifstream in(source, std::ios::binary);

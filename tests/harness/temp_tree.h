@@ -35,9 +35,6 @@ private:
   std::string mRoot;
 };
 
-// The folder the fixture plugins are built into.
-std::string FixtureDir();
-
 }  // namespace toka_test
 
 #endif
