@@ -95,9 +95,9 @@ TEST_F(Loading, RecordsWhatThePluginReportedAndFindsIt) {
 TEST_F(Loading, FailuresAreLoggedAndLeaveNoRecord) {
   // No PluginAdmin folder at all.
   tree.AddPlugin("Resources/plugins/a_nostart.orv", "no_start");
-  AddScripted("b_refuses.orv", "refuses").startResult = 0;
-  AddScripted("c_fixed.orv", "c_fixed").signature = "test.fixed";
-  AddScripted("d_fixed.orv", "d_fixed").signature = "test.fixed";
+  Script(tree.AddPlugin("Resources/plugins/b_refuses.orv", "refuses_start")).name = "refuses";
+  Script(tree.AddPlugin("Resources/plugins/c_fixed.orv", "fixed_signature")).name = "c_fixed";
+  Script(tree.AddPlugin("Resources/plugins/d_fixed.orv", "fixed_signature")).name = "d_fixed";
   AddScripted("e_empty.orv", "empty").signature = "";
   tree.AddFile("Resources/plugins/f_broken.orv", std::string(512, 'x'));
   // A folder whose name ends in "dir" is listed twice: the second load is
@@ -121,7 +121,7 @@ TEST_F(Loading, FailuresAreLoggedAndLeaveNoRecord) {
       expected += "Failed: " + path +
                   ". (The plugin refused to start by returning 0 from OrvanePluginStart.)\n\n";
     if (name == "c_fixed.orv" || name == "d_fixed.orv") {
-      expected += next == 1 ? Loaded(path) : Duplicate(path, "test.fixed");
+      expected += next == 1 ? Loaded(path) : Duplicate(path, "toka.test.fixed");
       if (next == 1) ++next;
       else stops.push_back(name.substr(0, 7) + ".stop" + At(next));
     }
@@ -139,7 +139,7 @@ TEST_F(Loading, FailuresAreLoggedAndLeaveNoRecord) {
 
   // Only the host, the first of the two equal signatures and the tool remain.
   ASSERT_EQ(3, TOKACountPlugins());
-  EXPECT_EQ(1, TOKAFindPluginBySignature("test.fixed"));
+  EXPECT_EQ(1, TOKAFindPluginBySignature("toka.test.fixed"));
   EXPECT_EQ(2, ID("tool"));
   EXPECT_EQ(1, TOKAIsPluginEnabled(2));  // the module both loads share stays usable
   EXPECT_EQ(0, TOKAGetMyID());

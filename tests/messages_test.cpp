@@ -14,8 +14,11 @@ protected:
     AddScriptedFolder("PluginAdmin", "a");  // 1
     AddScripted("b.orv", "b");              // 2
     AddScriptedFolder("c", "c");            // 3
-    Script(tree.AddPlugin("Resources/plugins/z/lin.orv", "start_only")).name = "z";  // 4
     Initialize();
+    // A plugin without a message entry, from a scenery package: 4.
+    Script(tree.AddPlugin("Custom Scenery/z/plugins/z/lin.orv", "start_only")).name = "z";
+    std::string package = tree.root() + "Custom Scenery/z/";
+    TOKAEventHook(12, 0, 0, (int)(intptr_t)package.c_str());
     Events().clear();
   }
 };
@@ -51,21 +54,24 @@ TEST_F(Messages, NestedSendsRestoreEachSendersID) {
   EXPECT_EQ(0, TOKAGetMyID());
 }
 
-TEST_F(Messages, ThrowingEntriesLeaveTheDispatchedPluginRestored) {
-  PluginScript& b = Script(tree.plugins() + "/b.orv");
-  b.onMessage = [](int, int, void*) { throw std::runtime_error("message failed"); };
-  b.onDisable = [] { throw std::runtime_error("disable failed"); };
-  RunAs(3, [] {
-    EXPECT_THROW(TOKASendMessageToPlugin(2, 9, nullptr), std::runtime_error);
-    EXPECT_EQ(3, TOKAGetMyID());
+class Throwing : public TokaTest {};
+
+TEST_F(Throwing, ThrowingEntriesLeaveTheDispatchedPluginRestored) {
+  Script(tree.AddPlugin("Resources/plugins/t.orv", "throws")).name = "t";  // 1
+  AddScriptedFolder("u", "u");                                             // 2
+  Initialize();
+  RunAs(2, [] {
+    EXPECT_THROW(TOKASendMessageToPlugin(1, 9, nullptr), std::runtime_error);
+    EXPECT_EQ(2, TOKAGetMyID());
   });
   EXPECT_THROW(TOKAEventHook(2, 0, 0, 0), std::runtime_error);
   EXPECT_EQ(0, TOKAGetMyID());
   // A disable entry that throws leaves the plugin disabled and the library usable.
-  EXPECT_THROW(TOKADisablePlugin(2), std::runtime_error);
+  EXPECT_THROW(TOKADisablePlugin(1), std::runtime_error);
   EXPECT_EQ(0, TOKAGetMyID());
-  EXPECT_EQ(0, TOKAIsPluginEnabled(2));
-  EXPECT_EQ(1, TOKAEnablePlugin(2));
+  EXPECT_EQ(0, TOKAIsPluginEnabled(1));
+  EXPECT_EQ(1, TOKAEnablePlugin(1));
+  EXPECT_EQ(1, TOKAIsPluginEnabled(2));
 }
 
 }  // namespace
