@@ -1,6 +1,10 @@
 // Finding, loading, starting and rejecting plugins, and the load log.
 #include "harness/harness.h"
 
+#include <unistd.h>
+
+#include <cstdio>
+
 using namespace toka_test;
 
 namespace {
@@ -147,6 +151,16 @@ TEST_F(Loading, FailuresAreLoggedAndLeaveNoRecord) {
   for (const std::string& event : Events())
     if (event.find(".stop@") != std::string::npos) stopped.push_back(event);
   EXPECT_EQ(stops, stopped);
+}
+
+TEST_F(Loading, FolderEntryThatCannotBeExaminedIsReportedOnStandardOutput) {
+  tree.AddFolder("Resources/plugins");
+  ASSERT_EQ(0, symlink("nowhere", (tree.plugins() + "/dangling").c_str()));
+  testing::internal::CaptureStdout();
+  Initialize();
+  std::fflush(stdout);
+  EXPECT_EQ("name dangling, errno 2\n", testing::internal::GetCapturedStdout());
+  EXPECT_EQ(1, TOKACountPlugins());
 }
 
 }  // namespace
