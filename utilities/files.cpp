@@ -8,6 +8,7 @@
 #include "loader/platform.h"
 #include "loader/plugin_records.h"
 #include "toka/TOKAUtilities.h"
+#include "utilities/paths.h"
 
 // The host's paths are copied back into plugin buffers of this size.
 static const int kPathBufferSize = 512;
@@ -94,9 +95,7 @@ TOKA_API char* TOKAExtractFileAndPath(char* fullPath) {
   return fullPath + i + 1;
 }
 
-// The host writes its paths in UTF-8; plugins that did not ask for native
-// paths get them in the legacy encoding, cut to the size of their buffer.
-static void ConvertHostPath(char* path) {
+void TOKAConvertHostPath(char* path) {
   if (!TOKANeedPathConvert()) return;
   std::string converted = path;
   TOKAUTF8ToOld(converted);
@@ -105,12 +104,12 @@ static void ConvertHostPath(char* path) {
 
 TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
   gHostServices->GetSystemPath(outSystemPath);
-  ConvertHostPath(outSystemPath);
+  TOKAConvertHostPath(outSystemPath);
 }
 
 TOKA_API void TOKAGetPrefsPath(char* outPrefsPath) {
   gHostServices->GetPrefsPath(outPrefsPath);
-  ConvertHostPath(outPrefsPath);
+  TOKAConvertHostPath(outPrefsPath);
 }
 
 static bool IsDataFileType(int fileType) {

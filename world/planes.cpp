@@ -12,6 +12,7 @@
 #include "toka/TOKAData.h"
 #include "toka/TOKAPlanes.h"
 #include "toka/TOKAUtilities.h"
+#include "utilities/paths.h"
 
 namespace {
 
@@ -122,11 +123,7 @@ TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outControlle
 
 TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPath) {
   gHostServices->GetNthAircraftModel(index, outPath, outFileName);
-  if (TOKANeedPathConvert()) {
-    std::string path(outPath);
-    TOKAUTF8ToOld(path);
-    strcpytrunc(outPath, path, 512);
-  }
+  TOKAConvertHostPath(outPath);  // the file name is passed on as it is
 }
 
 TOKA_API void TOKASetUsersAircraft(const char* path) {
