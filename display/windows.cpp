@@ -9,9 +9,10 @@ TOKAResourceList<TOKAWindowCallbackRecord> gWindows;
 TOKAWindowCallbackRecord* gFocusWindow = nullptr;
 TOKAWindowCallbackRecord* gDragWindow = nullptr;
 
-// The parameter block is twelve 32-bit words; plugins fill in 48 as its size.
-static const int kCreateWindowSize = 48;
-static_assert(sizeof(void*) != 4 || sizeof(TOKACreateWindow_t) == 48,
+// Plugins fill in the parameter block's natural size: twelve 32-bit words,
+// 48, in the 32-bit library; 72 in the 64-bit one.
+static const int kCreateWindowSize = (int)sizeof(TOKACreateWindow_t);
+static_assert(sizeof(void*) != 4 || kCreateWindowSize == 48,
               "the window parameter block is twelve words");
 
 TOKAWindowCallbackRecord* TOKAWindowIsValid(TOKAWindowID window, void*) {

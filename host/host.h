@@ -62,9 +62,9 @@ typedef void* (*RegisterDataAccessor_f)(
 // the services treat a null hook as "no plugin took the event".
 struct HostLibrary {
   void* handle = nullptr;
-  int (*InitializePlugins)(const char*, TOKAHostServices*, int) = nullptr;
+  int (*InitializePlugins)(const char*, TOKAHostServices*, intptr_t) = nullptr;
   void (*ShutdownPlugins)() = nullptr;
-  int (*EventHook)(int, float, int, int) = nullptr;
+  int (*EventHook)(int, float, int, intptr_t) = nullptr;
   int (*DoDrawingHook)(int, int) = nullptr;
   int (*KeyPressHook)(char, int, char) = nullptr;
   int (*MouseClickHook)(int, int, int) = nullptr;

@@ -97,7 +97,7 @@ void SendQueuedEvents() {
   events.swap(gPendingEvents);
   if (!gLibrary.EventHook) return;
   for (const PendingEvent& event : events) {
-    int param = event.code == 12 ? (int)(intptr_t)event.folder.c_str() : event.param;
+    intptr_t param = event.code == 12 ? (intptr_t)event.folder.c_str() : event.param;
     gLibrary.EventHook(event.code, (float)gRunningTime, 0, param);
   }
 }

@@ -14,7 +14,7 @@
 
 TOKAHostServices* gHostServices = nullptr;
 char gDirSeparator[2] = "/";
-static int gHostSelf = 0;
+static intptr_t gHostSelf = 0;
 
 static void WriteBuildStamp() {
   char stamp[64];
@@ -23,7 +23,8 @@ static void WriteBuildStamp() {
     TOKASetDatab(ref, stamp, 0, (int)std::strlen(stamp) + 1);
 }
 
-TOKA_API int TOKAInitializePlugins(const char* rootFolder, TOKAHostServices* services, int self) {
+TOKA_API int TOKAInitializePlugins(const char* rootFolder, TOKAHostServices* services,
+                                   intptr_t self) {
   gHostSelf = self;
   gHostServices = services;
   std::strcpy(gDirSeparator, "/");
@@ -40,9 +41,9 @@ TOKA_API void TOKAShutdownPlugins(void) {
 }
 
 // Simulator events reach the plugins as messages from the simulator itself.
-static void Broadcast(int message, int param) {
+static void Broadcast(int message, intptr_t param) {
   StDispatchCallback context(0);
-  TOKASendMessageToPlugin(-1, message, (void*)(intptr_t)param);
+  TOKASendMessageToPlugin(-1, message, (void*)param);
 }
 
 static void LoadUserAircraftPlugins() {
@@ -55,7 +56,7 @@ static void LoadUserAircraftPlugins() {
   TOKAEnableACFPlugins();
 }
 
-TOKA_API int TOKAEventHook(int event, float elapsed, int unused, int param) {
+TOKA_API int TOKAEventHook(int event, float elapsed, int unused, intptr_t param) {
   switch ((unsigned)event) {
     case 0:
       TOKADoRepeatedButtons();
@@ -95,7 +96,7 @@ TOKA_API int TOKAEventHook(int event, float elapsed, int unused, int param) {
       Broadcast(107, 0);
       return 1;
     case 12:
-      TOKAFindAndLoadSceneryPlugins((const char*)(intptr_t)param);
+      TOKAFindAndLoadSceneryPlugins((const char*)param);
       return 1;
     case 13:
       Broadcast(108, param);

@@ -20,7 +20,10 @@ struct TOKAFlightLoopRecord : TOKAResource_t<TOKAFlightLoopRecord> {
   void* refcon = nullptr;
 };
 
-static_assert(sizeof(TOKACreateFlightLoop_t) == 16, "plugins pass a structSize of 16");
+// Plugins fill in the structure's natural size: 16 in the 32-bit library,
+// whose plugins have always passed 16, and 24 in the 64-bit one.
+static const int kCreateFlightLoopSize = (int)sizeof(TOKACreateFlightLoop_t);
+static_assert(sizeof(void*) != 4 || kCreateFlightLoopSize == 16, "plugins pass a structSize of 16");
 
 // Newest first: a loop created during a pass is not run in that pass.
 static TOKAResourceList<TOKAFlightLoopRecord> gFlightLoops;
@@ -60,7 +63,7 @@ static TOKAFlightLoopRecord* FindFlightLoop(TOKAFlightLoopID id) {
 // loop created, and rely on it.
 static void ReportCreationMistakes(const TOKACreateFlightLoop_t* params) {
   if (!TOKAHasError()) return;
-  if (params->structSize != 16) TOKASendError("Illegal struct size for TOKACreateFlightLoop");
+  if (params->structSize != kCreateFlightLoopSize) TOKASendError("Illegal struct size for TOKACreateFlightLoop");
   if (params->phase != 0 && params->phase != 1)
     TOKASendError("Illegal phase type for TOKACreateFlightLoop");
   if (!params->callback) TOKASendError("Null callback for TOKACreateFlightLoop");
@@ -106,7 +109,7 @@ TOKA_API void TOKADestroyFlightLoop(TOKAFlightLoopID loop) {
 
 TOKA_API void TOKARegisterFlightLoopCallback(TOKAFlightLoop_f callback, float interval,
                                              void* refcon) {
-  TOKACreateFlightLoop_t params = {16, 0, callback, refcon};
+  TOKACreateFlightLoop_t params = {kCreateFlightLoopSize, 0, callback, refcon};
   TOKAScheduleFlightLoop(TOKACreateFlightLoop(&params), interval, 0);
 }
 

@@ -1,43 +1,100 @@
 #!/usr/bin/env bash
-# Installs what building and testing Toka needs on a Debian 12 machine, as root.
-# Safe to run again: it installs only what is missing.
+# Installs what building and testing Toka needs on a Debian 12 machine, as root,
+# and makes the machine run 32-bit programs, through qemu's emulator where the
+# kernel refuses them. Safe to run again: quiet when everything is there, it
+# installs only what is missing and says what.
 set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/machine.sh
 
-packages=(g++-multilib cmake make libgtest-dev:i386 libbenchmark-dev:i386 binutils)
+# Native (64-bit) and 32-bit toolchains, test and benchmark libraries. The
+# reference host writes its pictures with a header-only encoder (libstb-dev),
+# so nothing of the i386 architecture is needed beyond the C and C++ runtimes
+# that GoogleTest and Google Benchmark bring.
+packages=(g++-multilib cmake make binutils pkg-config libstb-dev
+  libgtest-dev libbenchmark-dev libgtest-dev:i386 libbenchmark-dev:i386)
+
+SUDO=""
+[ "$(id -u)" -ne 0 ] && SUDO="sudo"
 
 installed() { dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'install ok installed'; }
+
+updated=no
+apt_update() {
+  [ "$updated" = yes ] && return 0
+  updated=yes
+  if ! dpkg --print-foreign-architectures | grep -qx i386; then
+    $SUDO dpkg --add-architecture i386
+  fi
+  # A mirror that is mid-sync can fail one index while the others are fine;
+  # the install decides whether the machine is usable.
+  $SUDO apt-get update -qq >/dev/null 2>&1 ||
+    echo "setup: apt-get update reported errors (a mirror mid-sync?); going on with the indexes it has"
+}
+
+apt_install() {
+  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+}
+
+# The versions of a package (NAME:ARCH) that the indexes offer, one a line.
+versions_offered() {
+  apt-cache madison "$1" | awk -F'|' '{ gsub(/ /, "", $2); print $2 }' | sort -u
+}
+
+# A package of both architectures ("Multi-Arch: same") must have one version
+# in both. When the i386 index of a mirror lags the amd64 one, the newest
+# versions differ and apt gives up ("held broken packages"). This prints, for
+# every such package the i386 packages need, NAME:amd64=V NAME:i386=V with V
+# the newest version both indexes offer.
+aligned_versions() {
+  local foreign=() p dep name common
+  for p in "$@"; do [[ $p == *:i386 ]] && foreign+=("$p"); done
+  [ ${#foreign[@]} -eq 0 ] && return 0
+  apt-cache depends --recurse --no-recommends --no-suggests --no-conflicts \
+    --no-breaks --no-replaces --no-enhances "${foreign[@]}" 2>/dev/null |
+    grep -E '^[a-z0-9][^ <>]*:i386$' | sort -u |
+    while read -r dep; do
+      name=${dep%:i386}
+      apt-cache show "$dep" 2>/dev/null | grep -qx 'Multi-Arch: same' || continue
+      installed "$name:amd64" || [[ " $* " == *" $name "* ]] || continue
+      common=$(comm -12 <(versions_offered "$name:amd64") <(versions_offered "$name:i386") |
+               sort -V | tail -n 1)
+      [ -n "$common" ] || continue
+      [ "$(dpkg-query -W -f='${Version}' "$name:amd64" 2>/dev/null)" = "$common" ] &&
+        [ "$(apt-cache policy "$dep" | awk '/Candidate:/ { print $2 }')" = "$common" ] && continue
+      echo "$name:amd64=$common $name:i386=$common"
+    done
+}
+
+install_packages() {
+  apt_update
+  echo "setup: installing $*"
+  apt_install "$@" 2>/tmp/toka-setup-apt.log && return 0
+  local pins
+  pins=$(aligned_versions "$@" | tr '\n' ' ')
+  if [ -z "$pins" ]; then
+    cat /tmp/toka-setup-apt.log >&2
+    return 1
+  fi
+  echo "setup: the mirror's i386 and amd64 indexes differ; installing both architectures at one version: $pins"
+  # shellcheck disable=SC2086
+  apt_install --allow-downgrades "$@" $pins
+}
 
 missing=()
 for p in "${packages[@]}"; do
   installed "$p" || missing+=("$p")
 done
+[ ${#missing[@]} -eq 0 ] || install_packages "${missing[@]}"
 
-# The reference host writes screenshots with libpng: the 32-bit development
-# package, or, where the mirror cannot resolve it (its 32-bit index lagging
-# behind the 64-bit one), the 32-bit runtime library with the headers of the
-# native development package, which are the same for both.
-png_ready() {
-  installed libpng-dev:i386 || { installed libpng16-16:i386 && [ -e /usr/include/png.h ]; }
-}
-png_ready || missing+=(png)
-
-[ ${#missing[@]} -eq 0 ] && exit 0
-
-SUDO=""
-[ "$(id -u)" -ne 0 ] && SUDO="sudo"
-
-if ! dpkg --print-foreign-architectures | grep -qx i386; then
-  $SUDO dpkg --add-architecture i386
-fi
-# A mirror that is mid-sync can fail one index while the others are fine;
-# the install below is what decides whether the machine is usable.
-$SUDO apt-get update -qq || echo "setup: apt-get update reported errors, trying the install anyway" >&2
-apt_install() { DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "$@"; }
-
-tools=()
-for p in "${missing[@]}"; do [ "$p" != png ] && tools+=("$p"); done
-[ ${#tools[@]} -eq 0 ] || apt_install "${tools[@]}"
-
-if ! png_ready; then
-  apt_install libpng-dev:i386 || apt_install libpng16-16:i386 libpng-dev
+# 32-bit programs: natively if the kernel runs them, else through qemu.
+if ! runs_32bit_programs; then
+  echo "setup: this kernel does not run 32-bit programs; running them through qemu's user-mode emulator"
+  installed qemu-user-static || install_packages qemu-user-static
+  register_32bit_emulator || true
+  if ! runs_32bit_programs; then
+    echo "setup: 32-bit programs still do not run: gcc -m32 or $TOKA_QEMU_I386 registered in" \
+         "$TOKA_BINFMT_DIR as $TOKA_BINFMT_NAME failed" >&2
+    exit 1
+  fi
 fi

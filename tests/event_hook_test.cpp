@@ -79,9 +79,9 @@ TEST_F(EventHook, AircraftRecordFollowedByAnotherStaysUnloaded) {
   host.ClearRecords();
   std::string empty = tree.root() + "Custom Scenery/Empty/";
   std::string alps = tree.root() + "Custom Scenery/Alps/";
-  TOKAEventHook(12, 0, 0, (int)(intptr_t)empty.c_str());
+  TOKAEventHook(12, 0, 0, (intptr_t)empty.c_str());
   EXPECT_EQ("", host.log);
-  TOKAEventHook(12, 0, 0, (int)(intptr_t)alps.c_str());
+  TOKAEventHook(12, 0, 0, (intptr_t)alps.c_str());
   ASSERT_EQ(3, TOKACountPlugins());
   EXPECT_EQ(1, TOKAIsPluginEnabled(2));  // scenery plugins are enabled at once
 

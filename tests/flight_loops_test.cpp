@@ -44,7 +44,7 @@ protected:
   // Creates and schedules a loop owned by plugin (0: the caller).
   void Create(int plugin, Loop& loop, int phase, float interval) {
     auto create = [&] {
-      TOKACreateFlightLoop_t params = {16, phase, RunLoop, &loop};
+      TOKACreateFlightLoop_t params = {sizeof(TOKACreateFlightLoop_t), phase, RunLoop, &loop};
       loop.id = TOKACreateFlightLoop(&params);
       TOKAScheduleFlightLoop(loop.id, interval, 0);
     };

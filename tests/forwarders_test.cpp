@@ -12,14 +12,6 @@ using namespace toka_test;
 
 namespace {
 
-template <class T>
-void PushWords(std::vector<uint32_t>& words, T value) {
-  static_assert(sizeof(T) == 4 || sizeof(T) == 8, "one or two words");
-  uint32_t pair[2];
-  std::memcpy(pair, &value, sizeof(T));
-  words.insert(words.end(), pair, pair + sizeof(T) / 4);
-}
-
 // The host answers every call to slot s with this value, or kWidth for the
 // one float service.
 uint32_t Answer(int slot) { return 0x5EED0000u + (uint32_t)slot * 0x101u; }
@@ -28,7 +20,7 @@ const float kWidth = 123.456f;
 struct Forwarder {
   std::string name;
   int slot;
-  std::vector<uint32_t> words;     // what the slot must receive
+  std::vector<HostWord> words;     // what the slot must receive
   bool hasResult;
   std::function<uint32_t()> call;  // the result's bits
 };
@@ -55,7 +47,7 @@ Forwarder Row(const char* name, int slot, R (*fn)(P...), typename Same<P>::type.
 }
 
 // The same when the slot receives other words than the caller passed.
-Forwarder Words(Forwarder row, std::vector<uint32_t> words) {
+Forwarder Words(Forwarder row, std::vector<HostWord> words) {
   row.words = std::move(words);
   return row;
 }

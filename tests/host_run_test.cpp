@@ -126,7 +126,7 @@ std::vector<float> gEventTimes;
 int gCompletionsAtEvent = -1;
 int* gCompletions = nullptr;
 
-int NoteEvent(int event, float elapsed, int unused, int param) {
+int NoteEvent(int event, float elapsed, int unused, intptr_t param) {
   gHookCalls.push_back("event " + std::to_string(event));
   gEventTimes.push_back(elapsed);
   if (gCompletionsAtEvent == -1 && gCompletions) gCompletionsAtEvent = *gCompletions;

@@ -7,9 +7,9 @@
 // with "Panel 42" at (left + 5, top - 15)) is checked in a run of the
 // toka-host program, with its --screenshot of the last frame.
 #include <gtest/gtest.h>
-#include <png.h>
 
 #include "harness/harness.h"
+#include "harness/picture.h"
 #include "harness/host_program.h"
 #include "host/host.h"
 
@@ -17,29 +17,6 @@ using namespace toka_host;
 using namespace toka_test;
 
 namespace {
-
-struct Picture {
-  int width = 0, height = 0;
-  std::string rgb;
-
-  bool Read(const std::string& path) {
-    png_image image = {};
-    image.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&image, path.c_str())) return false;
-    image.format = PNG_FORMAT_RGB;
-    rgb.assign(PNG_IMAGE_SIZE(image), '\0');
-    if (!png_image_finish_read(&image, nullptr, &rgb[0], 0, nullptr)) return false;
-    width = (int)image.width;
-    height = (int)image.height;
-    return true;
-  }
-  // Screen coordinates: y up from the bottom row.
-  uint32_t At(int x, int y) const {
-    size_t at = ((size_t)(height - 1 - y) * width + x) * 3;
-    return (uint32_t)(unsigned char)rgb[at] << 16 | (uint32_t)(unsigned char)rgb[at + 1] << 8 |
-           (unsigned char)rgb[at + 2];
-  }
-};
 
 uint32_t Darkened(uint32_t colour) {
   return (colour >> 16 & 0xFF) / 4 << 16 | (colour >> 8 & 0xFF) / 4 << 8 | (colour & 0xFF) / 4;

@@ -2,7 +2,6 @@
 // library: navigation and FMS, the screen and its font, menus, commands,
 // objects, and the system services.
 #include <gtest/gtest.h>
-#include <png.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,6 +11,7 @@
 #include <fstream>
 #include <functional>
 
+#include "harness/picture.h"
 #include "harness/temp_tree.h"
 #include "host/host.h"
 
@@ -433,12 +433,10 @@ TEST_F(ServiceGroups, SystemServicesAnswerFromTheRootAndPrintWhatTheUserWouldSee
   auto saveScreen = reinterpret_cast<int (*)(const char*)>(services->FindSymbol("HostSaveScreen"));
   std::string picture = tree.root() + "screen.png";
   ASSERT_EQ(1, saveScreen(picture.c_str()));
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  ASSERT_TRUE(png_image_begin_read_from_file(&image, picture.c_str())) << image.message;
-  EXPECT_EQ(320u, image.width);
-  EXPECT_EQ(240u, image.height);
-  png_image_free(&image);
+  toka_test::Picture image;
+  ASSERT_TRUE(image.Read(picture));
+  EXPECT_EQ(320, image.width);
+  EXPECT_EQ(240, image.height);
   EXPECT_EQ(0, saveScreen((tree.root() + "no/such/folder/screen.png").c_str()));
 }
 

@@ -18,7 +18,7 @@ protected:
     // A plugin without a message entry, from a scenery package: 4.
     Script(tree.AddPlugin("Custom Scenery/z/plugins/z/lin.orv", "start_only")).name = "z";
     std::string package = tree.root() + "Custom Scenery/z/";
-    TOKAEventHook(12, 0, 0, (int)(intptr_t)package.c_str());
+    TOKAEventHook(12, 0, 0, (intptr_t)package.c_str());
     Events().clear();
   }
 };

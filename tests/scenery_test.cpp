@@ -109,7 +109,7 @@ TEST_F(Scenery, DrawingIsCheckedOnlyWithAnErrorCallbackAndPassesHeadingBeforePit
   for (int i = 1; i <= 6; ++i) values.push_back(drawn[1].arg<float>(i));
   EXPECT_EQ((std::vector<float>{7, 8, 9, 11, 10, 12}), values);
   EXPECT_EQ(house, drawn[1].arg<TOKAObjectRef>(0));
-  EXPECT_EQ((std::vector<uint32_t>{1, 0}), (std::vector<uint32_t>{drawn[1].words[7],
+  EXPECT_EQ((std::vector<HostWord>{1, 0}), (std::vector<HostWord>{drawn[1].words[7],
                                                                   drawn[1].words[8]}));
 
   host.ClearRecords();

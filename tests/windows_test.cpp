@@ -18,18 +18,18 @@ int CountClick(TOKAWindowID, int, int, int status, void*) {
 }
 
 TEST_F(Windows, CreationTakesTheMouseCallbackBeforeTheKeyCallbackInTheParameterBlock) {
-  // The block as a plugin lays it out: twelve words.
-  void* words[12] = {(void*)48, 0, (void*)10, (void*)10, 0, (void*)1, (void*)CountDraw,
-                     (void*)CountClick, (void*)CountKey, 0, 0, (void*)7};
+  const int size = (int)sizeof(TOKACreateWindow_t);  // 48 in the 32-bit library
+  TOKACreateWindow_t params = {size, 0, 10, 10, 0, 1, CountDraw, CountClick, CountKey,
+                               nullptr, nullptr, (void*)7};
   TOKAWindowID window = nullptr;
-  for (intptr_t size : {44, 52}) {
-    words[0] = (void*)size;
-    RunAs(alpha, [&] { EXPECT_EQ(nullptr, TOKACreateWindowEx((TOKACreateWindow_t*)words)); });
+  for (int wrong : {size - 4, size + 4}) {
+    params.structSize = wrong;
+    RunAs(alpha, [&] { EXPECT_EQ(nullptr, TOKACreateWindowEx(&params)); });
   }
   EXPECT_EQ(nullptr, TOKACreateWindowEx(nullptr));
   EXPECT_EQ(1, TOKAMouseClickHook(5, 5, 1));
-  words[0] = (void*)48;
-  RunAs(alpha, [&] { window = TOKACreateWindowEx((TOKACreateWindow_t*)words); });
+  params.structSize = size;
+  RunAs(alpha, [&] { window = TOKACreateWindowEx(&params); });
   EXPECT_EQ((void*)7, TOKAGetWindowRefCon(window));
   EXPECT_EQ(0, TOKAMouseClickHook(5, 5, 1));
   TOKATakeKeyboardFocus(window);

@@ -34,7 +34,7 @@ typedef int (*TOKAHandleMouseWheel_f)(TOKAWindowID window, int x, int y, int whe
                                       void* refcon);
 
 /* Parameters of TOKACreateWindowEx: twelve 32-bit words. structSize must be
- * 48. Note the mouse callback before the key callback. The draw and mouse
+ * sizeof(TOKACreateWindow_t): 48 (in the 64-bit library: 72). Note the mouse callback before the key callback. The draw and mouse
  * callbacks must not be null; the cursor and wheel callbacks may be. */
 typedef struct TOKACreateWindow_t {
   int structSize;
@@ -59,7 +59,7 @@ TOKA_API TOKAWindowID TOKACreateWindow(int left, int top, int right, int bottom,
                                        TOKAHandleMouseClick_f mouse, void* refcon);
 
 /* The same with all five callbacks. Returns null, creating nothing, when
- * params is null or its structSize is not 48. */
+ * params is null or its structSize is not sizeof(TOKACreateWindow_t). */
 TOKA_API TOKAWindowID TOKACreateWindowEx(TOKACreateWindow_t* params);
 
 /* Destroys a window. A focused window is first told that it loses the focus;

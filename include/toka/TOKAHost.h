@@ -11,9 +11,12 @@
 
 TOKA_BEGIN_DECLS
 
-/* The host services table: 71 32-bit words that the host owns and keeps alive
- * for the life of the process. The library reads a slot each time it needs
- * it and checks none for null: a host must fill every slot. */
+/* The host services table: 71 words that the host owns and keeps alive for
+ * the life of the process: two 32-bit numbers, then 69 function pointers
+ * (32-bit words in the 32-bit library, 64-bit in the 64-bit one). The library
+ * reads a slot each time it needs it and checks none for null: a host must
+ * fill every slot. Each slot takes the C types written here on both
+ * architectures. */
 typedef struct TOKAHostServices {
   int32_t revision;   /* 0: table revision; > 3 enables loading progress texts, > 2 the reload notice */
   uint32_t version;   /* 1: host version; > 283 enables menu destruction and plane re-initialisation */
@@ -107,8 +110,11 @@ typedef struct TOKAHostServices {
 /* Starts the library: stores the table, creates the "Plugins" menu, writes the
  * library's build stamp into "sim/version/toka_build_string" if the host has
  * registered that dataref, loads every plugin below rootFolder (which ends in
- * "/") and enables them. Returns 17, whatever the outcome of loading. */
-TOKA_API int TOKAInitializePlugins(const char* rootFolder, TOKAHostServices* services, int self);
+ * "/") and enables them. self is the host's own value, kept and never read;
+ * it is pointer-sized (intptr_t is int in the 32-bit library). Returns 17,
+ * whatever the outcome of loading. */
+TOKA_API int TOKAInitializePlugins(const char* rootFolder, TOKAHostServices* services,
+                                   intptr_t self);
 
 /* Disables every plugin in ascending ID order, then unloads them all. */
 TOKA_API void TOKAShutdownPlugins(void);
@@ -118,9 +124,11 @@ TOKA_API void TOKAShutdownPlugins(void);
  * a camera taken until the next release; 9 repeats held commands; 3 and 8 with
  * param 0 load and unload the user's aircraft plugins; 12 loads the scenery
  * plugins of the package folder passed in param; 2, 3, 4, 6, 7, 8, 11 and 13
- * reach every enabled plugin as messages 101 to 108 from plugin 0. Other
- * codes do nothing. Returns 1 unless stated. */
-TOKA_API int TOKAEventHook(int event, float elapsed, int unused, int param);
+ * reach every enabled plugin as messages 101 to 108 from plugin 0, with param
+ * as the message's parameter. Other codes do nothing. Returns 1 unless
+ * stated. param carries a pointer for event 12, so it is pointer-sized
+ * (intptr_t is int in the 32-bit library). */
+TOKA_API int TOKAEventHook(int event, float elapsed, int unused, intptr_t param);
 
 /* Drawing: host phase code 1..26 and the reflection flag. Returns 0 when a
  * plugin asks the host to skip its own drawing of the phase, else 1. */

@@ -32,7 +32,7 @@ typedef float (*TOKAFlightLoop_f)(float sinceLastCall, float sinceLastLoop, int 
 
 /* Creation parameters of TOKACreateFlightLoop. */
 typedef struct {
-  int structSize;            /* sizeof(TOKACreateFlightLoop_t): 16 */
+  int structSize;            /* sizeof(TOKACreateFlightLoop_t): 16 (64-bit: 24) */
   int phase;                 /* 0 or 1: the processing phase that runs the loop */
   TOKAFlightLoop_f callback;
   void* refcon;              /* handed back to the callback */

@@ -65,8 +65,9 @@ int SnifferThunk(char key, int flags, char virtualKey, void* refcon) {
 
 TOKAWindowID DisplayTest::OpenWindow(int plugin, ScriptedWindow& window, int left, int top,
                                      int right, int bottom, int visible, bool full) {
-  TOKACreateWindow_t params = {48,    left,  top, right, bottom, visible, toka_test::Draw, Mouse,
-                               Key, full ? Cursor : nullptr, full ? Wheel : nullptr, &window};
+  TOKACreateWindow_t params = {sizeof(TOKACreateWindow_t), left, top, right, bottom, visible,
+                               toka_test::Draw, Mouse, Key, full ? Cursor : nullptr,
+                               full ? Wheel : nullptr, &window};
   RunAs(plugin, [&] { window.id = TOKACreateWindowEx(&params); });
   WindowNames()[window.id] = window.name;
   return window.id;

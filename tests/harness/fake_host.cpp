@@ -9,16 +9,12 @@ namespace toka_test {
 namespace {
 
 void Push(HostCall& call, const char* text) {
-  call.words.push_back((uint32_t)(uintptr_t)text);
+  call.words.push_back((HostWord)text);
   if (text) call.strings.push_back(text);
 }
-// Every argument as its words: doubles as two, anything else as one.
 template <class T>
 void Push(HostCall& call, T value) {
-  static_assert(sizeof(T) == 4 || sizeof(T) == 8, "one or two words");
-  uint32_t words[2];
-  std::memcpy(words, &value, sizeof(T));
-  call.words.insert(call.words.end(), words, words + sizeof(T) / 4);
+  PushWords(call.words, value);
 }
 
 intptr_t DefaultAnswer(const HostCall& call) {
@@ -60,8 +56,13 @@ void Install(R (*&service)(A...)) {
 
 }  // namespace
 
-// The slot of a service is its member's word in the table.
-#define TOKA_SERVE(member) Install<offsetof(TOKAHostServices, member) / 4>(table.member)
+// The slot of a service is its member's word in the table: two 32-bit
+// numbers, then pointer-sized words.
+constexpr int SlotAt(size_t offset) {
+  return (int)(2 + (offset - offsetof(TOKAHostServices, GetScreenSize)) / sizeof(void*));
+}
+static_assert(SlotAt(offsetof(TOKAHostServices, LoadObjectAsync)) == 70, "71 words");
+#define TOKA_SERVE(member) Install<SlotAt(offsetof(TOKAHostServices, member))>(table.member)
 
 FakeHost::FakeHost() {
   table.revision = 4;

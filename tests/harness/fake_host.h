@@ -12,17 +12,32 @@
 
 namespace toka_test {
 
+// An argument word of a host service: 32 bits in the 32-bit build, 64 in the
+// 64-bit one. A double takes two words in the first and one in the second;
+// smaller values take the low bytes of a word.
+using HostWord = uintptr_t;
+
+// Appends value to words as the words it takes.
+template <class T>
+void PushWords(std::vector<HostWord>& words, T value) {
+  constexpr size_t count = (sizeof(T) + sizeof(HostWord) - 1) / sizeof(HostWord);
+  HostWord pair[2] = {0, 0};
+  static_assert(count <= 2, "one or two words");
+  __builtin_memcpy(pair, &value, sizeof(T));
+  words.insert(words.end(), pair, pair + count);
+}
+
 struct HostCall {
   int slot = 0;
-  std::vector<uint32_t> words;       // every argument word, doubles as two
+  std::vector<HostWord> words;       // every argument word, doubles as two in 32-bit
   std::vector<std::string> strings;  // copies of the const char* arguments that were not null
 
   // Argument word i as a value of type T (pointers, ints, floats).
   template <class T>
   T arg(size_t i) const {
     T value;
-    static_assert(sizeof(T) == 4, "one word");
-    __builtin_memcpy(&value, &words.at(i), 4);
+    static_assert(sizeof(T) <= sizeof(HostWord), "one word");
+    __builtin_memcpy(&value, &words.at(i), sizeof(T));
     return value;
   }
 };

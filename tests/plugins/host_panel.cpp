@@ -100,7 +100,7 @@ int ReadTitle(void*, void* values, int offset, int max) {
 // Everything is made once, on the first enable, when the plugin's name is
 // known to the library.
 void SetUp() {
-  TOKACreateWindow_t params = {48, 100, 700, 300, 600, 1, Draw, Mouse, Key, nullptr, Wheel, nullptr};
+  TOKACreateWindow_t params = {sizeof(TOKACreateWindow_t), 100, 700, 300, 600, 1, Draw, Mouse, Key, nullptr, Wheel, nullptr};
   gWindow = TOKACreateWindowEx(&params);
   TOKARegisterHotKey(0x70, 0, "Show or hide the panel", HotKey, nullptr);
   TOKARegisterKeySniffer(Sniff, 1, nullptr);
