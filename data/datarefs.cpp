@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "loader/enabling.h"
@@ -14,7 +15,10 @@ namespace {
 
 // Records are carved from blocks that are never freed while the library is
 // in use, so a handle stays valid however many datarefs come later, and a
-// handle can be checked by address arithmetic alone.
+// handle can be checked by address arithmetic alone. The blocks form a chain
+// in the order they were made; beside it, an index of where each block lies
+// lets a check find the one block a handle can be in without walking the
+// chain, however long it has grown.
 struct TOKADataBlock {
   TOKADataBlock* next;
   int32_t capacity;
@@ -25,15 +29,74 @@ static_assert(sizeof(TOKADataBlock) % alignof(TOKAData_t) == 0,
 
 const int kDataBlockCapacity = 32;
 
+constexpr size_t PowerOfTwoAtLeast(size_t n) {
+  size_t p = 1;
+  while (p < n) p <<= 1;
+  return p;
+}
+// Every block starts at a multiple of its own size, so the block an address
+// would lie in is the address rounded down.
+constexpr size_t kDataBlockBytes =
+    PowerOfTwoAtLeast(sizeof(TOKADataBlock) + kDataBlockCapacity * sizeof(TOKAData_t));
+
 TOKAData_t* FirstRecord(TOKADataBlock* block) {
   return reinterpret_cast<TOKAData_t*>(reinterpret_cast<char*>(block) + sizeof(TOKADataBlock));
 }
+
+// The addresses of the blocks: an open-addressing hash set, at most half
+// full, that only grows.
+class DataBlockIndex {
+public:
+  ~DataBlockIndex() {
+    delete[] mSlots;
+    mSlots = nullptr;  // a check made while the library unloads finds nothing
+  }
+
+  void Insert(uintptr_t block) {
+    if ((mCount + 1) * 2 > mCapacity) Grow();
+    Place(block);
+    ++mCount;
+  }
+
+  bool Contains(uintptr_t block) const {
+    if (!mSlots) return false;
+    for (size_t i = Hash(block);; i = (i + 1) & (mCapacity - 1)) {
+      if (mSlots[i] == block) return true;
+      if (mSlots[i] == 0) return false;
+    }
+  }
+
+private:
+  size_t Hash(uintptr_t block) const {
+    return (size_t)(((uint64_t)(block / kDataBlockBytes) * 0x9E3779B97F4A7C15ull) >> 32) &
+           (mCapacity - 1);
+  }
+  void Place(uintptr_t block) {
+    size_t i = Hash(block);
+    while (mSlots[i]) i = (i + 1) & (mCapacity - 1);
+    mSlots[i] = block;
+  }
+  void Grow() {
+    uintptr_t* old = mSlots;
+    size_t oldCapacity = mCapacity;
+    mCapacity = mCapacity ? mCapacity * 2 : 16;
+    mSlots = new uintptr_t[mCapacity]();
+    for (size_t i = 0; i < oldCapacity; ++i)
+      if (old[i]) Place(old[i]);
+    delete[] old;
+  }
+
+  uintptr_t* mSlots = nullptr;
+  size_t mCapacity = 0;
+  size_t mCount = 0;
+};
 
 }  // namespace
 
 TOKADataRefMap gDataRefs;
 static TOKADataBlock* gDataBlock = nullptr;  // first block of the chain
 static TOKADataBlock* gDataFree = nullptr;   // last block, where new records come from
+static DataBlockIndex gDataBlockIndex;
 static int gDataCount = 0;
 
 // The records go only when the library itself goes, at process exit: until
@@ -51,37 +114,38 @@ static struct DataBlockRelease {
 } gDataBlockRelease;
 
 static void AllocDataBlock() {
-  size_t bytes = sizeof(TOKADataBlock) + kDataBlockCapacity * sizeof(TOKAData_t);
-  TOKADataBlock* block = static_cast<TOKADataBlock*>(std::calloc(1, bytes));
-  if (!block) throw std::bad_alloc();
+  void* memory = std::aligned_alloc(kDataBlockBytes, kDataBlockBytes);
+  if (!memory) throw std::bad_alloc();
+  std::memset(memory, 0, kDataBlockBytes);
+  TOKADataBlock* block = static_cast<TOKADataBlock*>(memory);
   block->capacity = kDataBlockCapacity;
+  gDataBlockIndex.Insert(reinterpret_cast<uintptr_t>(block));
   if (gDataFree) gDataFree->next = block;
   gDataFree = block;
   if (!gDataBlock) gDataBlock = block;
 }
 
-static TOKAData_t* AllocDataRef() {
+static TOKAData_t* AllocDataRef(const char* name) {
   if (!gDataFree || gDataFree->used == gDataFree->capacity) AllocDataBlock();
   TOKAData_t* slot = FirstRecord(gDataFree) + gDataFree->used;
   ++gDataFree->used;
-  TOKAData_t* record = new (slot) TOKAData_t();  // empty name, every other field zero
+  TOKAData_t* record = new (slot) TOKAData_t();  // every field but the name zero
+  record->name = name;
   ++gDataCount;
   return record;
 }
 
-TOKAData_t* DataIsValid(void* handle, TOKADataRefMap::iterator* where) {
+TOKAData_t* DataIsValid(void* handle) {
   if (!handle) return nullptr;
   uintptr_t address = reinterpret_cast<uintptr_t>(handle);
-  for (TOKADataBlock* block = gDataBlock; block; block = block->next) {
-    uintptr_t first = reinterpret_cast<uintptr_t>(FirstRecord(block));
-    uintptr_t end = first + block->used * sizeof(TOKAData_t);
-    if (address < first || address >= end) continue;
-    if ((address - first) % sizeof(TOKAData_t) != 0) return nullptr;
-    TOKAData_t* record = static_cast<TOKAData_t*>(handle);
-    if (where) *where = gDataRefs.find(record->name);
-    return record;
-  }
-  return nullptr;
+  uintptr_t base = address & ~(uintptr_t)(kDataBlockBytes - 1);
+  if (!gDataBlockIndex.Contains(base)) return nullptr;
+  TOKADataBlock* block = reinterpret_cast<TOKADataBlock*>(base);
+  uintptr_t first = reinterpret_cast<uintptr_t>(FirstRecord(block));
+  uintptr_t end = first + block->used * sizeof(TOKAData_t);
+  if (address < first || address >= end) return nullptr;
+  if ((address - first) % sizeof(TOKAData_t) != 0) return nullptr;
+  return static_cast<TOKAData_t*>(handle);
 }
 
 const char* DebugDataRefName(void* handle) {
@@ -93,7 +157,7 @@ const char* DebugDataRefName(void* handle) {
 
 TOKA_API TOKADataRef TOKAFindDataRef(const char* name) {
   if (!name) return nullptr;
-  auto found = gDataRefs.find(std::string(name));
+  auto found = gDataRefs.find(std::string_view(name));
   if (found == gDataRefs.end() || found->second->owner == -1) return nullptr;
   return found->second;
 }
@@ -105,9 +169,8 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
     TOKASetDatavi_f writeIntArray, TOKAGetDatavf_f readFloatArray,
     TOKASetDatavf_f writeFloatArray, TOKAGetDatab_f readData, TOKASetDatab_f writeData,
     void* readRefcon, void* writeRefcon) {
-  std::string key(name);
   TOKAData_t* record;
-  auto found = gDataRefs.find(key);
+  auto found = gDataRefs.find(std::string_view(name));
   if (found != gDataRefs.end()) {
     record = found->second;
     if (record->owner != -1) {
@@ -119,10 +182,9 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
     // An orphaned name comes back to life in the same record, so that
     // handles other plugins kept from before work again.
   } else {
-    record = AllocDataRef();
-    gDataRefs.emplace(key, record);
+    record = AllocDataRef(name);
+    gDataRefs.emplace(std::string_view(record->name), record);
   }
-  record->name = key;
   record->types = types;
   record->writable = writable;
   record->owner = TOKAGetDispatchedPlugin();

@@ -2,13 +2,15 @@
 #ifndef TOKA_DATA_DATAREFS_H
 #define TOKA_DATA_DATAREFS_H
 
-#include <map>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "toka/TOKAData.h"
 
 // One record per distinct name, never moved: its address is the handle
-// plugins hold, so it must stay put for the life of the process.
+// plugins hold, so it must stay put for the life of the process. Its name is
+// set once, at creation, and never changes.
 struct TOKAData_t {
   std::string name;
   int types;
@@ -30,14 +32,13 @@ struct TOKAData_t {
   void* writeRefcon;
 };
 
-typedef std::map<std::string, TOKAData_t*> TOKADataRefMap;
-
-// Every name ever registered; entries are never erased.
+// Every name ever registered, to its record; entries are never erased. The
+// keys are the records' own names, so a lookup builds no string.
+typedef std::unordered_map<std::string_view, TOKAData_t*> TOKADataRefMap;
 extern TOKADataRefMap gDataRefs;
 
-// The record behind handle, or null if the library never gave it out. With
-// where, also the record's position in gDataRefs.
-TOKAData_t* DataIsValid(void* handle, TOKADataRefMap::iterator* where = nullptr);
+// The record behind handle, or null if the library never gave it out.
+TOKAData_t* DataIsValid(void* handle);
 
 // The dataref's name for diagnostics, or "(null dataref)"/"(invalid dataref)".
 const char* DebugDataRefName(void* handle);

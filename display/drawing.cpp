@@ -1,4 +1,6 @@
 // Draw callbacks by phase, the simulator's drawing codes, and window drawing.
+#include <vector>
+
 #include "display/display.h"
 #include "loader/enabling.h"
 #include "loader/plugin_records.h"
@@ -52,6 +54,68 @@ TOKA_API int TOKAUnregisterDrawCallback(TOKADrawCallback_f callback, int phase, 
 
 void TOKARemovePluginDrawCallbacks(int plugin) { TOKARemovePluginRecords(gDrawCallbacks, plugin); }
 
+// The phases that the simulator's drawing codes run.
+static const int kDrawnPhases[] = {0, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 100, 101, 102};
+static const int kDrawnPhaseCount = sizeof kDrawnPhases / sizeof kDrawnPhases[0];
+
+static int DrawnPhaseSlot(int phase) {
+  for (int slot = 0; slot < kDrawnPhaseCount; ++slot)
+    if (kDrawnPhases[slot] == phase) return slot;
+  return -1;
+}
+
+// A frame runs some thirty phase walks over one list of every plugin's draw
+// callbacks. The index keeps, for each drawn phase and position, the records
+// that a walk of the whole list would meet there, in the same order, dead
+// ones included; it is rebuilt after any change to the list. A walk that a
+// callback's registration makes stale goes on over the index it started
+// with, which lives until the last walk over it ends.
+struct DrawIndex {
+  unsigned changes = 0;
+  int walks = 0;
+  std::vector<TOKADrawCallbackRecord*> records[kDrawnPhaseCount][2];
+};
+static DrawIndex* gDrawIndex = nullptr;
+static struct DrawIndexRelease {
+  ~DrawIndexRelease() { delete gDrawIndex; }
+} gDrawIndexRelease;
+
+static DrawIndex* BuildDrawIndex(TOKADrawCallbackRecord* first) {
+  DrawIndex* index = new DrawIndex;
+  index->changes = gDrawCallbacks.changes;
+  for (TOKADrawCallbackRecord* record = first; record; record = record->get_next()) {
+    int slot = DrawnPhaseSlot(record->phase);
+    if (slot >= 0 && (record->before == 0 || record->before == 1))
+      index->records[slot][record->before].push_back(record);
+  }
+  return index;
+}
+
+// Pins the current index for one walk, first rebuilding it if the list has
+// changed since it was built.
+class StDrawIndexWalk {
+public:
+  explicit StDrawIndexWalk(TOKADrawCallbackRecord* first) {
+    if (!gDrawIndex || gDrawIndex->changes != gDrawCallbacks.changes) {
+      if (gDrawIndex && gDrawIndex->walks == 0) delete gDrawIndex;
+      gDrawIndex = BuildDrawIndex(first);
+    }
+    mIndex = gDrawIndex;
+    ++mIndex->walks;
+  }
+  ~StDrawIndexWalk() {
+    if (--mIndex->walks == 0 && mIndex != gDrawIndex) delete mIndex;
+  }
+  const std::vector<TOKADrawCallbackRecord*>& Records(int slot, int before) const {
+    return mIndex->records[slot][before];
+  }
+  StDrawIndexWalk(const StDrawIndexWalk&) = delete;
+  StDrawIndexWalk& operator=(const StDrawIndexWalk&) = delete;
+
+private:
+  DrawIndex* mIndex;
+};
+
 // Calls every callback registered for the phase and position. In a
 // reflection pass (flag 1) only plugins that asked for reflections are
 // called. The result is the bitwise AND of the results of the calls made:
@@ -59,13 +123,15 @@ void TOKARemovePluginDrawCallbacks(int plugin) { TOKARemovePluginRecords(gDrawCa
 static int DispatchPhase(int phase, int before, int reflection) {
   TOKAResourceHold<TOKADrawCallbackRecord> hold(gDrawCallbacks);
   int result = 1;
-  for (TOKADrawCallbackRecord* record = gDrawCallbacks.BeginIterate(); record;
-       record = record->get_next()) {
-    if (record->is_dead() || record->phase != phase || record->before != before) continue;
-    if (reflection == 1 && !TOKAHasFeatureInternal(record->plugin, TOKAFeatureWantsReflections))
-      continue;
-    StDispatchCallback context(record->plugin);
-    if (context()) result &= record->callback(phase, before, record->refcon);
+  {
+    StDrawIndexWalk walk(gDrawCallbacks.BeginIterate());
+    for (TOKADrawCallbackRecord* record : walk.Records(DrawnPhaseSlot(phase), before)) {
+      if (record->is_dead()) continue;
+      if (reflection == 1 && !TOKAHasFeatureInternal(record->plugin, TOKAFeatureWantsReflections))
+        continue;
+      StDispatchCallback context(record->plugin);
+      if (context()) result &= record->callback(phase, before, record->refcon);
+    }
   }
   gDrawCallbacks.EndIterate();
   return result;

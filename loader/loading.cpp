@@ -37,7 +37,6 @@ static void AppendHostRecord() {
 }
 
 void TOKAFindAndLoadPlugins(const char* rootFolder) {
-  TOKACreateDispatchKey();
   AppendHostRecord();
 
   std::string folder = std::string(rootFolder) + "Resources/plugins";

@@ -1,4 +1,4 @@
-// Dynamic loading, thread-local storage and directory scanning on Linux.
+// Dynamic loading and directory scanning on Linux.
 #include "loader/platform.h"
 
 #include <cctype>
@@ -7,7 +7,6 @@
 #include <cstring>
 #include <dirent.h>
 #include <dlfcn.h>
-#include <pthread.h>
 #include <sys/stat.h>
 
 #include "toka/TOKAUtilities.h"
@@ -41,20 +40,6 @@ void* TOKAFindSymbol(void* handle, const char* name) {
 
 void TOKAUnloadDLL(void* handle) {
   dlclose(handle);
-}
-
-unsigned TOKAAllocTLS() {
-  pthread_key_t key;
-  pthread_key_create(&key, nullptr);
-  return (unsigned)key;
-}
-
-void TOKASetTLS(unsigned key, void* value) {
-  pthread_setspecific((pthread_key_t)key, value);
-}
-
-void* TOKAGetTLS(unsigned key) {
-  return pthread_getspecific((pthread_key_t)key);
 }
 
 bool suffix_matches(const char* name, const char* pattern) {

@@ -1,4 +1,4 @@
-// The platform layer: dynamic loader, thread-specific data, directory listing.
+// The platform layer: dynamic loader and directory listing.
 #ifndef TOKA_LOADER_PLATFORM_H
 #define TOKA_LOADER_PLATFORM_H
 
@@ -8,10 +8,6 @@
 void* TOKALoadDLL(const char* path);
 void* TOKAFindSymbol(void* handle, const char* name);
 void TOKAUnloadDLL(void* handle);
-
-unsigned TOKAAllocTLS();
-void TOKASetTLS(unsigned key, void* value);
-void* TOKAGetTLS(unsigned key);
 
 bool suffix_matches(const char* name, const char* pattern);
 // Appends the names of folder's entries that match pattern ("*.orv", "*.*");

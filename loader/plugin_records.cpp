@@ -7,11 +7,10 @@
 #include "loader/platform.h"
 #include "toka/TOKAPlugins.h"
 
-std::deque<PluginRecord> gAllPlugins;
+PluginList gAllPlugins;
 std::vector<int> gCurrentAircraftPluginIDS;
 
-static unsigned gDispatchKey = 0;
-static bool gDispatchKeyCreated = false;
+__thread int gDispatchedPlugin = 0;
 
 PluginRecord::PluginRecord(const PluginRecord& other)
     : module(other.module),
@@ -51,36 +50,6 @@ PluginRecord& PluginRecord::operator=(const PluginRecord& other) {
   return *this;
 }
 
-void TOKACreateDispatchKey() {
-  // A reload runs the loader again; one key serves the whole process, so
-  // repeated reloads cannot run out of keys.
-  if (!gDispatchKeyCreated) gDispatchKey = TOKAAllocTLS();
-  gDispatchKeyCreated = true;
-}
-
-int TOKAGetDispatchedPlugin() {
-  if (!gDispatchKeyCreated) return 0;
-  return (int)(intptr_t)TOKAGetTLS(gDispatchKey);
-}
-
-void TOKASetDispatchedPlugin(int id) {
-  // Before the loader has created the key the dispatched plugin reads as the
-  // host, and there is nothing to store.
-  if (!gDispatchKeyCreated) return;
-  TOKASetTLS(gDispatchKey, (void*)(intptr_t)id);
-}
-
-StDispatchCallback::StDispatchCallback(int id) : mPrevious(TOKAGetDispatchedPlugin()) {
-  if (gAllPlugins.empty() && id == 0)
-    mMayCall = true;  // the host may own callbacks before any record exists
-  else
-    mMayCall = TOKAIsPluginEnabled(id) != 0;
-  TOKASetDispatchedPlugin(id);
-}
-
-StDispatchCallback::~StDispatchCallback() {
-  TOKASetDispatchedPlugin(mPrevious);
-}
 
 TOKA_API TOKAPluginID TOKAGetMyID(void) {
   return TOKAGetDispatchedPlugin();
@@ -95,8 +64,7 @@ TOKA_API TOKAPluginID TOKAGetNthPlugin(int index) {
 }
 
 TOKA_API int TOKAIsPluginEnabled(TOKAPluginID plugin) {
-  if (!TOKAIsValidPluginID(plugin)) return 0;
-  return gAllPlugins[plugin].enabled ? 1 : 0;
+  return TOKAIsValidPluginID(plugin) && gAllPlugins[plugin].enabled ? 1 : 0;
 }
 
 TOKA_API void TOKAGetPluginInfo(TOKAPluginID plugin, char* outName, char* outFilePath,

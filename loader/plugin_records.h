@@ -33,9 +33,35 @@ struct PluginRecord {
   ~PluginRecord() = default;
 };
 
-// Index = plugin ID. A deque, so that records never move: deliveries queued
-// for a plugin point at the queue heads inside its record.
-extern std::deque<PluginRecord> gAllPlugins;
+// The plugin list, index = plugin ID. Records never move (a deque holds
+// them): deliveries queued for a plugin point at the queue heads inside its
+// record. Beside them, their addresses by ID, so that the dispatch context,
+// around every call into a plugin, reaches a record in two loads.
+class PluginList {
+public:
+  PluginRecord& operator[](size_t id) { return *mByID[id]; }
+  const PluginRecord& operator[](size_t id) const { return *mByID[id]; }
+  size_t size() const { return mByID.size(); }
+  bool empty() const { return mByID.empty(); }
+  PluginRecord& back() { return *mByID.back(); }
+  void emplace_back() {
+    mRecords.emplace_back();
+    mByID.push_back(&mRecords.back());
+  }
+  void pop_back() {
+    mByID.pop_back();
+    mRecords.pop_back();
+  }
+  void clear() {
+    mByID.clear();
+    mRecords.clear();
+  }
+
+private:
+  std::deque<PluginRecord> mRecords;
+  std::vector<PluginRecord*> mByID;
+};
+extern PluginList gAllPlugins;
 // IDs of the plugins loaded for the user's aircraft, in load order.
 extern std::vector<int> gCurrentAircraftPluginIDS;
 
@@ -43,18 +69,33 @@ inline bool TOKAIsValidPluginID(int id) {
   return id >= 0 && id < (int)gAllPlugins.size();
 }
 
-int TOKAGetDispatchedPlugin();
-void TOKASetDispatchedPlugin(int id);
-// Creates the thread-local key of the dispatched plugin (once per process).
-void TOKACreateDispatchKey();
+// The dispatched plugin: the plugin whose code runs on this thread. It is
+// read and written around every call into a plugin (every accessor, flight
+// loop, draw and input callback), so it is a plain thread-local variable,
+// which costs one memory access; the platform's thread-specific data calls
+// would cost a library call each.
+// Outside any callback, and in every new thread, it is the host, 0.
+extern __thread int gDispatchedPlugin __attribute__((tls_model("initial-exec")));
+
+inline int TOKAGetDispatchedPlugin() { return gDispatchedPlugin; }
+inline void TOKASetDispatchedPlugin(int id) { gDispatchedPlugin = id; }
+
+// Whether a callback of the plugin may run: it must be enabled, or be the
+// host while no plugin record exists yet.
+inline bool TOKAMayCallPlugin(int id) {
+  if (gAllPlugins.empty()) return id == 0;
+  return (unsigned)id < gAllPlugins.size() && gAllPlugins[id].enabled;
+}
 
 // Scoped switch of the dispatched plugin around a call into plugin code.
-// operator() says whether the plugin may be called: it must be enabled, or be
-// the host while no plugin record exists yet.
+// operator() says whether the plugin may be called (TOKAMayCallPlugin).
 class StDispatchCallback {
 public:
-  explicit StDispatchCallback(int id);
-  ~StDispatchCallback();
+  explicit StDispatchCallback(int id)
+      : mMayCall(TOKAMayCallPlugin(id)), mPrevious(TOKAGetDispatchedPlugin()) {
+    TOKASetDispatchedPlugin(id);
+  }
+  ~StDispatchCallback() { TOKASetDispatchedPlugin(mPrevious); }
   bool operator()() const { return mMayCall; }
   StDispatchCallback(const StDispatchCallback&) = delete;
   StDispatchCallback& operator=(const StDispatchCallback&) = delete;

@@ -90,6 +90,9 @@ public:
   T* kill_list = nullptr;
   int iterating = 0;
   bool needs_clean = false;
+  // Counts every change to the links or to a record's death, so that a
+  // dispatcher can keep what a walk would meet and know when it is stale.
+  unsigned changes = 0;
 
   TOKAResourceList() = default;
   // The list owns its records, the unreachable ones included.
@@ -108,11 +111,13 @@ public:
   void Add(T* r) {
     if (!r->member) Join(r);
     T::TOKAAddResource(head, r);
+    ++changes;
   }
 
   void Remove(T* r) {
     if (iterating) needs_clean = true;
     T::TOKAKillResource(head, kill_list, r, iterating != 0, Disposer{this});
+    ++changes;
   }
 
   void MoveToFront(T* r) {
@@ -143,6 +148,7 @@ public:
   void Clean() {
     T::TOKACleanResources(head, kill_list, Disposer{this});
     needs_clean = false;
+    ++changes;
   }
 
   // Number of dispatchers currently walking the list.

@@ -1,6 +1,9 @@
 // The flight loop scheduler: plugin callbacks run from the simulator's two
 // processing calls per frame, every so many seconds or every so many cycles,
 // and the plugin reload that a plugin asked for, run once a pass is over.
+#include <cfloat>
+#include <cmath>
+
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
 #include "loader/loading.h"
@@ -36,9 +39,16 @@ static float gLastCallTime = 0.0f;
 
 // The x87 unit keeps intermediate results in extended precision; storing
 // through a volatile float gives the rounding that plugins compute with.
-static float RoundToFloat(double value) {
+// Where float arithmetic is done in float (SSE, the 64-bit build) the
+// conversion alone gives it, without the trip through memory that every
+// flight-loop test would otherwise pay.
+static inline float RoundToFloat(double value) {
+#if FLT_EVAL_METHOD == 0
+  return (float)value;
+#else
   volatile float rounded = (float)value;
   return rounded;
+#endif
 }
 
 TOKA_API float TOKAGetElapsedTime(void) {
@@ -47,6 +57,36 @@ TOKA_API float TOKAGetElapsedTime(void) {
 
 TOKA_API int TOKAGetCycleNumber(void) {
   return gLastCallNumber;
+}
+
+// The earliest time and cycle at which a loop of each phase can be due,
+// never after the earliest due loop's. A pass that is before both has
+// nothing to run and does not test the loops one by one, however many wait:
+// every walk recomputes them, and every change to a schedule lowers them.
+struct NextDue {
+  float time;
+  double cycle;
+};
+static const NextDue kWalkEveryPass = {-INFINITY, -INFINITY};
+static NextDue gNextDue[2] = {kWalkEveryPass, kWalkEveryPass};
+
+static bool MayBeDue(const NextDue& next, float elapsed) {
+  return elapsed >= next.time || (double)gLastCallNumber >= next.cycle;
+}
+
+// Lowers the phase's next due time or cycle to the loop's, if it is
+// scheduled. Loops of other phases than 0 and 1 never run.
+static inline __attribute__((always_inline)) void NoteSchedule(
+    const TOKAFlightLoopRecord* record) {
+  if (record->phase != 0 && record->phase != 1) return;
+  NextDue& next = gNextDue[record->phase];
+  if (record->interval > 0) {
+    float due = RoundToFloat(record->lastTime + record->interval);
+    if (due < next.time) next.time = due;
+  } else if (record->interval < 0) {
+    double due = (double)record->lastCycle - (double)record->interval;
+    if (due < next.cycle) next.cycle = due;
+  }
 }
 
 // The loop an ID designates, or null for an ID that is no longer (or never
@@ -95,6 +135,7 @@ TOKA_API void TOKAScheduleFlightLoop(TOKAFlightLoopID loop, float interval, int 
   // run or the creation, which plugins that schedule by cycles expect.
   if (relativeToNow) record->lastTime = TOKAGetElapsedTime();
   record->interval = interval;
+  NoteSchedule(record);
 }
 
 TOKA_API void TOKADestroyFlightLoop(TOKAFlightLoopID loop) {
@@ -133,6 +174,7 @@ TOKA_API void TOKASetFlightLoopCallbackInterval(TOKAFlightLoop_f callback, float
     if (record->callback != callback || record->refcon != refcon) continue;
     record->interval = interval;
     if (relativeToNow) record->lastTime = TOKAGetElapsedTime();
+    NoteSchedule(record);
   }
   gFlightLoops.EndIterate();
 }
@@ -179,16 +221,41 @@ private:
   TOKAFlightLoopRecord* mFirst;
 };
 
+// Recomputes the phase's next due time and cycle over a walk: from nothing,
+// with every loop the walk leaves behind and every schedule changed while it
+// runs. A walk that a throwing callback cuts short leaves them where every
+// pass walks, since the loops it did not reach were not counted.
+class StNextDueRecount {
+public:
+  explicit StNextDueRecount(int phase) : mNext(gNextDue[phase]) {
+    mNext = {INFINITY, INFINITY};
+  }
+  ~StNextDueRecount() {
+    if (!mDone) mNext = kWalkEveryPass;
+  }
+  void Done() { mDone = true; }
+  StNextDueRecount(const StNextDueRecount&) = delete;
+  StNextDueRecount& operator=(const StNextDueRecount&) = delete;
+
+private:
+  NextDue& mNext;
+  bool mDone = false;
+};
+
 static void RunDueFlightLoops(float elapsed, int phase) {
   // The hold outlives the iteration: records freed by the iteration's end,
   // or by an unregistration inside a callback, are released only after the
   // walk has stepped past them.
   TOKAResourceHold<TOKAFlightLoopRecord> hold(gFlightLoops);
   StFlightLoopIteration iteration;
+  if (!MayBeDue(gNextDue[phase], elapsed)) return;
+  StNextDueRecount recount(phase);
   for (TOKAFlightLoopRecord* record = iteration.first(); record; record = record->get_next()) {
     if (record->is_dead() || record->phase != phase) continue;
     if (IsDue(record, elapsed)) RunFlightLoop(record, elapsed);
+    NoteSchedule(record);
   }
+  recount.Done();
 }
 
 int TOKADoFlightLoopProcessing(float elapsed, int phase) {

@@ -140,27 +140,30 @@ TEST_F(Datarefs, MissingAccessorsReadOnlyDatarefsAndDisabledOwnersAreNeverCalled
   EXPECT_EQ(0, TOKAGetMyID());
 }
 
-TEST_F(Datarefs, HandlesStayValidAcrossAThousandRegistrationsAndStrayPointersAreRejected) {
+TEST_F(Datarefs, HandlesStayValidAcrossAHundredThousandRegistrationsAndStrayPointersAreRejected) {
+  const int count = 100000;
+  auto name = [](int i) { return "test/n" + std::to_string(i); };
   std::vector<TOKADataRef> refs;
   RunAs(pub, [&] {
-    for (int i = 0; i < 1000; ++i)
-      refs.push_back(RegisterInt(("test/n" + std::to_string(i)).c_str(), (void*)(intptr_t)i));
+    for (int i = 0; i < count; ++i) refs.push_back(RegisterInt(name(i).c_str(), (void*)(intptr_t)i));
   });
-  for (int i = 0; i < 1000; ++i) {
-    EXPECT_EQ(refs[i], TOKAFindDataRef(("test/n" + std::to_string(i)).c_str())) << i;
-    EXPECT_EQ(1, TOKAIsDataRefGood(refs[i])) << i;
+  for (int i = 0; i < count; ++i) {
+    if (refs[i] != TOKAFindDataRef(name(i).c_str()) || TOKAIsDataRefGood(refs[i]) != 1)
+      FAIL() << "dataref " << i << " is lost";
   }
-  for (int i : {0, 31, 32, 999}) TOKAGetDatai(refs[i]);
-  EXPECT_EQ((Lines{"readInt(0)@1", "readInt(31)@1", "readInt(32)@1", "readInt(999)@1"}),
+  for (int i : {0, 31, 32, 999, count - 1}) TOKAGetDatai(refs[i]);
+  EXPECT_EQ((Lines{"readInt(0)@1", "readInt(31)@1", "readInt(32)@1", "readInt(999)@1",
+                   "readInt(99999)@1"}),
             TakeEvents());
 
-  // Records of one block lie side by side: 1000 = 31 * 32 + 8, so the last
-  // block has room past its eighth record.
+  // Records of one block lie side by side (992 to 999 share one); past the
+  // last record of the last block lies nothing that was handed out.
   const size_t size = (char*)refs[1] - (char*)refs[0];
   ASSERT_EQ(7 * size, (size_t)((char*)refs[999] - (char*)refs[992]));
   int local = 0;
   const std::vector<void*> strays = {(char*)refs[5] + 1, (char*)refs[40] + 4,
-                                     (char*)refs[500] + size / 2, (char*)refs[999] + size,
+                                     (char*)refs[500] + size / 2, (char*)refs[count - 1] + size,
+                                     (char*)refs[32] - 4,  // the second block's own header
                                      &local};
   for (void* stray : strays) {
     EXPECT_EQ(0, TOKAIsDataRefGood(stray));
@@ -169,6 +172,15 @@ TEST_F(Datarefs, HandlesStayValidAcrossAThousandRegistrationsAndStrayPointersAre
   EXPECT_EQ(Lines(strays.size(), "error(Dataref is illegal and cannot be unregistered.)@1"),
             Events());
   EXPECT_EQ(1, TOKAIsDataRefGood(refs[5]));
+
+  // Once its owner is unloaded a name finds nothing, until it is registered
+  // again, into the very same record.
+  TOKAShutdownPlugins();
+  EXPECT_EQ(nullptr, TOKAFindDataRef(name(count - 1).c_str()));
+  EXPECT_EQ(0, TOKAIsDataRefGood(refs[count - 1]));
+  EXPECT_EQ(refs[count - 1], RegisterInt(name(count - 1).c_str(), nullptr));
+  EXPECT_EQ(refs[count - 1], TOKAFindDataRef(name(count - 1).c_str()));
+  EXPECT_EQ(1, TOKAIsDataRefGood(refs[count - 1]));
 }
 
 TEST_F(Datarefs, OnlyTheLiveOwnerHoldsANameAndAReRegistrationRevivesTheSameHandle) {

@@ -108,9 +108,16 @@ TEST_F(Drawing, DrawCallbacksRemovedWhileTheirPhaseRunsAreNotCalledAgain) {
   Draw(alpha, a, 20, 1);
   a.onCall = [&] { EXPECT_EQ(1, TOKAUnregisterDrawCallback(DrawThunk, 20, 1, &a)); };
   std::vector<int> removed;
-  b.onCall = [&] { removed.push_back(TOKAUnregisterDrawCallback(DrawThunk, 20, 1, &c)); };
+  ScriptedCallback e{"e"};
+  b.onCall = [&] {
+    removed.push_back(TOKAUnregisterDrawCallback(DrawThunk, 20, 1, &c));
+    // A registration, then a drawing code run from inside the walk: the walk
+    // goes on as it started, and the new callback waits for the next frame.
+    if (removed.size() == 1) Draw(alpha, e, 20, 1);
+    TOKADoDrawingHook(9, 0);
+  };
   EXPECT_EQ((Lines{"a.draw(20,1)@1", "b.draw(20,1)@1", "d.draw(20,1)@2"}), Frame(8));
-  EXPECT_EQ((Lines{"b.draw(20,1)@1", "d.draw(20,1)@2"}), Frame(8));
+  EXPECT_EQ((Lines{"e.draw(20,1)@1", "b.draw(20,1)@1", "d.draw(20,1)@2"}), Frame(8));
   EXPECT_EQ((std::vector<int>{1, 0}), removed);
 }
 

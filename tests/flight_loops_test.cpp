@@ -202,6 +202,17 @@ TEST_F(FlightLoops, CallbacksChangeTheLoopsOfTheRunningPass) {
   n2.action = [&] { for (Loop* loop : {&n2, &n1, &z}) TOKADestroyFlightLoop(loop->id); };
   EXPECT_EQ((Lines{"n2"}), Order(6));
   EXPECT_EQ(Lines{}, Order(7));
+
+  // A loop the pass has already passed, far from due, brought forward by a
+  // later one's callback: the next pass runs it.
+  Loop early{"early"}, late{"late", {1000}};
+  Create(alpha, early, 0, -1);
+  Create(alpha, late, 0, 1000);
+  early.action = [&] { TOKAScheduleFlightLoop(late.id, -1, 0); };
+  EXPECT_EQ((Lines{"early"}), Order(8));
+  early.action = nullptr;
+  EXPECT_EQ((Lines{"late", "early"}), Order(9));
+  EXPECT_EQ((Lines{"early"}), Order(10));  // late asked for 1000 s
 }
 
 TEST_F(FlightLoops, ThrowingCallbackLeavesTheCallerDispatchedAndItsLoopUnchanged) {
