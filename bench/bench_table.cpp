@@ -33,7 +33,8 @@ struct Noop<R (*)(A...)> {
 };
 #define TOKA_NOOP(slot) table.slot = &Noop<decltype(table.slot)>::Call;
 
-// Keeps each benchmark's time per iteration and its allocation counter.
+// Keeps each benchmark's time per iteration and its allocation counter: the
+// median of the repetitions when it is repeated, else its one run.
 class TableReporter : public benchmark::ConsoleReporter {
 public:
   TableReporter() { SetOutputStream(&std::cerr); SetErrorStream(&std::cerr); }
@@ -41,8 +42,10 @@ public:
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs) {
-      if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
-      Figure& figure = mFigures[run.benchmark_name()];
+      if (run.error_occurred) continue;
+      bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+      if (run.run_type != Run::RT_Iteration && !median) continue;
+      Figure& figure = mFigures[run.run_name.str()];
       figure.ns = run.GetAdjustedRealTime();
       auto allocs = run.counters.find("allocs");
       figure.allocs = allocs == run.counters.end() ? -1 : (double)allocs->second;

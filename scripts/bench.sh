@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Builds the benchmarks optimised (-O2), natively in 64-bit, runs every one
-# and prints one table: path, size, time per call, the baseline's time, their
-# ratio, the target and whether it holds. Google Benchmark's own report goes
-# to build/release64/bench/report.txt. Arguments go to every benchmark
-# program (for example --benchmark_min_time=0.5).
+# five times and prints one table of the medians: path, size, time per call,
+# the baseline's time, their ratio, the target and whether it holds. Google
+# Benchmark's own report goes to build/release64/bench/report.txt. Arguments
+# go to every benchmark program (for example --benchmark_repetitions=1).
 # Exits non-zero when a row does not hold.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -19,7 +19,7 @@ trap 'rm -f "$rows"' EXIT
 : >"$build/bench/report.txt"
 failing=0
 for area in datarefs flight_loops display loading; do
-  "$build/bench/${area}_bench" "$@" >>"$rows" 2>>"$build/bench/report.txt" || failing=$((failing + $?))
+  "$build/bench/${area}_bench" --benchmark_repetitions=5 "$@" >>"$rows" 2>>"$build/bench/report.txt" || failing=$((failing + $?))
 done
 {
   echo "path|size|ns|baseline ns|ratio|target|holds"
