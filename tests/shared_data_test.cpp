@@ -82,6 +82,7 @@ TEST_F(SharedData, ArraysAndBytesGrowOnWriteAndNeverShrink) {
   // An offset past the end copies nothing and says by how much it missed.
   out[0] = -9;
   EXPECT_EQ(-2, TOKAGetDatavi(vi, out, 6, 5));
+  EXPECT_EQ(0, TOKAGetDatavi(vi, out, -1, 2));  // nor does one before the start
   EXPECT_EQ(-9, out[0]);
   TOKASetDatavi(vi, &seven, 0, 1);
   EXPECT_EQ(4, TOKAGetDatavi(vi, nullptr, 0, 0));
