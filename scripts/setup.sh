@@ -69,13 +69,19 @@ aligned_versions() {
 install_packages() {
   apt_update
   echo "setup: installing $*"
-  apt_install "$@" 2>/tmp/toka-setup-apt.log && return 0
-  local pins
+  local errors pins
+  errors=$(mktemp)
+  if apt_install "$@" 2>"$errors"; then
+    rm -f "$errors"
+    return 0
+  fi
   pins=$(aligned_versions "$@" | tr '\n' ' ')
   if [ -z "$pins" ]; then
-    cat /tmp/toka-setup-apt.log >&2
+    cat "$errors" >&2
+    rm -f "$errors"
     return 1
   fi
+  rm -f "$errors"
   echo "setup: the mirror's i386 and amd64 indexes differ; installing both architectures at one version: $pins"
   # shellcheck disable=SC2086
   apt_install --allow-downgrades "$@" $pins

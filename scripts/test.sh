@@ -22,8 +22,9 @@ run_suite() {
   local start=$SECONDS status=0
   echo "== $name build =="
   # Called as a condition, where set -e does not hold: every step checks.
-  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Debug "$@" >/dev/null || return 1
-  cmake --build "$dir" -j "$jobs" || return 1
+  # A build that fails counts as one failure.
+  cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Debug "$@" >/dev/null || { failed=$((failed + 1)); return 1; }
+  cmake --build "$dir" -j "$jobs" || { failed=$((failed + 1)); return 1; }
   (cd "$dir" && ctest --output-on-failure --no-tests=error -j "$jobs" --timeout 120) |
     tee "$dir/ctest.log" || status=$?
   local counts
