@@ -49,7 +49,8 @@ void Setup() {
     gFront = TOKACreateWindowEx(&params);
   }
   TOKATakeKeyboardFocus(gFront);
-  for (int i = 0; i < kSniffers; ++i) TOKARegisterKeySniffer(Sniff, i % 2, (void*)(intptr_t)(i + 1));
+  for (int i = 0; i < kSniffers; ++i)
+    TOKARegisterKeySniffer(Sniff, i % 2, (void*)(intptr_t)(i + 1));
 }
 
 // Calls per iteration, counted once before the timing.

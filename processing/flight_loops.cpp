@@ -103,7 +103,8 @@ static TOKAFlightLoopRecord* FindFlightLoop(TOKAFlightLoopID id) {
 // loop created, and rely on it.
 static void ReportCreationMistakes(const TOKACreateFlightLoop_t* params) {
   if (!TOKAHasError()) return;
-  if (params->structSize != kCreateFlightLoopSize) TOKASendError("Illegal struct size for TOKACreateFlightLoop");
+  if (params->structSize != kCreateFlightLoopSize)
+    TOKASendError("Illegal struct size for TOKACreateFlightLoop");
   if (params->phase != 0 && params->phase != 1)
     TOKASendError("Illegal phase type for TOKACreateFlightLoop");
   if (!params->callback) TOKASendError("Null callback for TOKACreateFlightLoop");

@@ -33,9 +33,11 @@ typedef int (*TOKAHandleCursor_f)(TOKAWindowID window, int x, int y, void* refco
 typedef int (*TOKAHandleMouseWheel_f)(TOKAWindowID window, int x, int y, int wheel, int clicks,
                                       void* refcon);
 
-/* Parameters of TOKACreateWindowEx: twelve 32-bit words. structSize must be
- * sizeof(TOKACreateWindow_t): 48 (in the 64-bit library: 72). Note the mouse callback before the key callback. The draw and mouse
- * callbacks must not be null; the cursor and wheel callbacks may be. */
+/* Parameters of TOKACreateWindowEx: twelve 32-bit words in the 32-bit
+ * library. structSize must be sizeof(TOKACreateWindow_t): 48 (in the 64-bit
+ * library: 72). Note the mouse callback before the key callback. The draw
+ * and mouse callbacks must not be null; the cursor and wheel callbacks may
+ * be. */
 typedef struct TOKACreateWindow_t {
   int structSize;
   int left;
