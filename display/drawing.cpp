@@ -54,13 +54,54 @@ TOKA_API int TOKAUnregisterDrawCallback(TOKADrawCallback_f callback, int phase, 
 
 void TOKARemovePluginDrawCallbacks(int plugin) { TOKARemovePluginRecords(gDrawCallbacks, plugin); }
 
-// The phases that the simulator's drawing codes run.
-static const int kDrawnPhases[] = {0, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 100, 101, 102};
-static const int kDrawnPhaseCount = sizeof kDrawnPhases / sizeof kDrawnPhases[0];
+// What each simulator drawing code (1 to 26) runs. The irregular rows are
+// what plugins were built against: codes 12 and 18 never let a before
+// callback skip the phase while 1 and 13 do, phase 55 comes ahead of 50, and
+// phase 101 ahead of 100.
+struct HostPhaseCode {
+  int phase;
+  bool before;        // runs the before callbacks
+  bool after;         // runs the after callbacks
+  bool reportBefore;  // returns the before result rather than 1
+};
 
+static const int kHostPhaseCodeCount = 26;
+static const HostPhaseCode kHostPhaseCodes[kHostPhaseCodeCount] = {
+    {0, true, true, true},               // 1
+    {5, true, false, true},              // 2
+    {5, false, true, false},             // 3
+    {10, true, false, true},             // 4
+    {10, false, true, false},            // 5
+    {15, true, false, true},             // 6
+    {15, false, true, false},            // 7
+    {20, true, false, true},             // 8
+    {20, false, true, false},            // 9
+    {25, true, false, true},             // 10
+    {25, false, true, false},            // 11
+    {30, true, true, false},             // 12
+    {35, true, true, true},              // 13
+    {40, true, false, true},             // 14
+    {40, false, true, false},            // 15
+    {45, true, false, true},             // 16
+    {45, false, true, false},            // 17
+    {55, true, true, false},             // 18
+    {kWindowPhase, true, false, true},   // 19
+    {kWindowPhase, false, true, false},  // 20: windows first
+    {101, true, false, true},            // 21
+    {101, false, true, false},           // 22
+    {100, true, false, true},            // 23
+    {100, false, true, false},           // 24
+    {102, true, false, true},            // 25
+    {102, false, true, false},           // 26
+};
+
+static const int kWindowCode = 20;
+
+// A phase's place in the index: the first drawing code that runs it. Only
+// the phases of the table are ever dispatched.
 static int DrawnPhaseSlot(int phase) {
-  for (int slot = 0; slot < kDrawnPhaseCount; ++slot)
-    if (kDrawnPhases[slot] == phase) return slot;
+  for (int code = 0; code < kHostPhaseCodeCount; ++code)
+    if (kHostPhaseCodes[code].phase == phase) return code;
   return -1;
 }
 
@@ -73,7 +114,7 @@ static int DrawnPhaseSlot(int phase) {
 struct DrawIndex {
   unsigned changes = 0;
   int walks = 0;
-  std::vector<TOKADrawCallbackRecord*> records[kDrawnPhaseCount][2];
+  std::vector<TOKADrawCallbackRecord*> records[kHostPhaseCodeCount][2];
 };
 static DrawIndex* gDrawIndex = nullptr;
 static struct DrawIndexRelease {
@@ -149,50 +190,9 @@ static void DrawWindows() {
   gWindows.EndIterate();
 }
 
-// What each simulator drawing code (1 to 26) runs. The irregular rows are
-// what plugins were built against: codes 12 and 18 never let a before
-// callback skip the phase while 1 and 13 do, phase 55 comes ahead of 50, and
-// phase 101 ahead of 100.
-struct HostPhaseCode {
-  int phase;
-  bool before;        // runs the before callbacks
-  bool after;         // runs the after callbacks
-  bool reportBefore;  // returns the before result rather than 1
-};
-
-static const HostPhaseCode kHostPhaseCodes[26] = {
-    {0, true, true, true},               // 1
-    {5, true, false, true},              // 2
-    {5, false, true, false},             // 3
-    {10, true, false, true},             // 4
-    {10, false, true, false},            // 5
-    {15, true, false, true},             // 6
-    {15, false, true, false},            // 7
-    {20, true, false, true},             // 8
-    {20, false, true, false},            // 9
-    {25, true, false, true},             // 10
-    {25, false, true, false},            // 11
-    {30, true, true, false},             // 12
-    {35, true, true, true},              // 13
-    {40, true, false, true},             // 14
-    {40, false, true, false},            // 15
-    {45, true, false, true},             // 16
-    {45, false, true, false},            // 17
-    {55, true, true, false},             // 18
-    {kWindowPhase, true, false, true},   // 19
-    {kWindowPhase, false, true, false},  // 20: windows first
-    {101, true, false, true},            // 21
-    {101, false, true, false},           // 22
-    {100, true, false, true},            // 23
-    {100, false, true, false},           // 24
-    {102, true, false, true},            // 25
-    {102, false, true, false},           // 26
-};
-
-static const int kWindowCode = 20;
 
 int TOKADisplayDoDrawingHook(int phaseCode, int reflection) {
-  if (phaseCode < 1 || phaseCode > 26) return 1;
+  if (phaseCode < 1 || phaseCode > kHostPhaseCodeCount) return 1;
   const HostPhaseCode& code = kHostPhaseCodes[phaseCode - 1];
   if (phaseCode == kWindowCode) {
     TOKADisplayMouseDragHook();

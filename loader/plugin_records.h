@@ -84,7 +84,7 @@ inline void TOKASetDispatchedPlugin(int id) { gDispatchedPlugin = id; }
 // host while no plugin record exists yet.
 inline bool TOKAMayCallPlugin(int id) {
   if (gAllPlugins.empty()) return id == 0;
-  return (unsigned)id < gAllPlugins.size() && gAllPlugins[id].enabled;
+  return TOKAIsValidPluginID(id) && gAllPlugins[id].enabled;
 }
 
 // Scoped switch of the dispatched plugin around a call into plugin code.

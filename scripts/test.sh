@@ -45,17 +45,17 @@ for arch in "${archs[@]}"; do
   [ "$arch" = 64 ] && suffix=64
   run_suite "$arch-bit plain" "build/plain$suffix" -DTOKA_ARCH="$arch" || overall=1
   builds+=("build/plain$suffix")
+  asan_options=${ASAN_OPTIONS:-}
   if [ "$arch" = 32 ] && runs_32bit_emulated; then
     # LeakSanitizer stops the world with ptrace, which qemu's emulator does
     # not offer: under it every test would hang at exit. The 64-bit build
     # checks for leaks natively.
     echo "32-bit programs run under qemu here: leak detection is off in the 32-bit sanitizer build"
-    ASAN_OPTIONS=detect_leaks=0 run_suite "$arch-bit sanitizer" "build/sanitize$suffix" \
-      -DTOKA_ARCH="$arch" -DTOKA_SANITIZE=ON || overall=1
-  else
-    run_suite "$arch-bit sanitizer" "build/sanitize$suffix" -DTOKA_ARCH="$arch" -DTOKA_SANITIZE=ON ||
-      overall=1
+    export ASAN_OPTIONS=detect_leaks=0
   fi
+  run_suite "$arch-bit sanitizer" "build/sanitize$suffix" -DTOKA_ARCH="$arch" -DTOKA_SANITIZE=ON ||
+    overall=1
+  if [ -n "$asan_options" ]; then export ASAN_OPTIONS=$asan_options; else unset ASAN_OPTIONS; fi
 done
 
 echo "== install: ${builds[*]} side by side =="
