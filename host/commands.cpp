@@ -2,10 +2,18 @@
 // command goes through the library before and after the host's own handling,
 // as in the simulator: a plugin's before-handler that consumes the phase
 // stops the host's handling and the after-handlers.
+#include "host/commands.h"
+
 #include <map>
 #include <memory>
+#include <vector>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/library.h"
+#include "host/output.h"
+#include "host/services.h"
+#include "host/world/aircraft.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 

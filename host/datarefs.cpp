@@ -1,10 +1,15 @@
 // The simulator's own datarefs: the world's state published through the
 // library, registered as the simulator (plugin 0) before any plugin loads.
+#include "host/datarefs.h"
+
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/world/aircraft.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 

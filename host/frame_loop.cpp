@@ -1,9 +1,29 @@
-// The run: start-up, the frame loop and shutdown, in the order the
-// simulator follows, with a fixed time step so that every run of the same
-// plugins with the same options does the same things.
-#include <algorithm>
+// The run: the world put back to its start, start-up, the frame loop and
+// shutdown, in the order the simulator follows, with a fixed time step so
+// that every run of the same plugins with the same options does the same
+// things.
+#include "host/run.h"
 
-#include "host/host.h"
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "host/commands.h"
+#include "host/config.h"
+#include "host/datarefs.h"
+#include "host/library.h"
+#include "host/menus.h"
+#include "host/output.h"
+#include "host/render/gl.h"
+#include "host/render/render.h"
+#include "host/scenario/scenario.h"
+#include "host/services.h"
+#include "host/system.h"
+#include "host/world/aircraft.h"
+#include "host/world/navigation.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 
@@ -18,10 +38,53 @@ void CloseTrace() {
   gTrace = nullptr;
 }
 
+// The simulator knows its folder as a full path, and so does every path it
+// hands out below it; a relative root would make a path the host reports
+// look like one to be resolved below the root again.
+std::string FullFolderPath(std::string folder) {
+  if (folder.empty() || folder.back() != '/') folder += '/';
+  if (folder[0] == '/') return folder;
+  while (folder.compare(0, 2, "./") == 0) folder.erase(0, 2);
+  char* cwd = getcwd(nullptr, 0);
+  std::string full = cwd ? std::string(cwd) : std::string(".");
+  std::free(cwd);
+  if (full.back() != '/') full += '/';
+  return full + folder;
+}
+
 }  // namespace
+
+void ResetWorld(const HostConfig& config) {
+  gConfig = config;
+  gConfig.root = FullFolderPath(gConfig.root);
+  gFrame = 0;
+  gRunningTime = gFlightTime = 0;
+  gPaused = false;
+  gQuitRequested = false;
+  ClearHostLog();
+  ResetServiceCallCounts();
+  ResetEvents();
+  ResetSystem();
+  CreateAircraft();
+  PlaceAircraftAtStart();
+  ResetTerrain();
+  ResetScreen();
+  ResetMenus();
+  ResetCommands();
+  ResetObjects();
+  ResetFms();
+}
 
 bool StartHost(const HostOptions& options, std::string& error) {
   gOptions = options;
+  // The context exists before the plugins start: they make their textures
+  // in their start and enable entry points.
+  if (options.render) {
+    if (!OpenRenderer(options.config.screenWidth, options.config.screenHeight, error)) return false;
+    CreateHostTextures();
+  } else {
+    StopRendering();
+  }
   ResetWorld(options.config);
   if (!LoadHostLibrary(options.library, error)) return false;
   if (!options.trace.empty()) {
@@ -73,8 +136,11 @@ void RunFrame() {
   ClearScreen();
   // The host draws its part of a phase unless a plugin's before-callback
   // asked it not to.
-  for (int code = 1; code <= 26; ++code)
+  for (int code = 1; code <= 26; ++code) {
+    PrepareDrawingCode(code);
     if (gLibrary.DoDrawingHook(code, 0)) DrawHostPhase(code);
+  }
+  EndFrame();
   RunScenarioChecks(gFrame);
 }
 

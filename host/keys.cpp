@@ -1,8 +1,11 @@
 // The simulator's keyboard: its virtual keys, under the names plugins get
 // from the library's key-name table, and what a key press does.
+#include "host/keys.h"
+
 #include <cctype>
 
-#include "host/host.h"
+#include "host/commands.h"
+#include "host/library.h"
 
 namespace toka_host {
 

@@ -1,7 +1,7 @@
 // Loading the plugin manager library as the simulator does.
-#include <dlfcn.h>
+#include "host/library.h"
 
-#include "host/host.h"
+#include <dlfcn.h>
 
 namespace toka_host {
 

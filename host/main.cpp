@@ -4,8 +4,9 @@
 // run, watched and tested against a scenario without the simulator.
 #include <cstdio>
 #include <cstring>
+#include <string>
 
-#include "host/host.h"
+#include "host/run.h"
 
 int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i)

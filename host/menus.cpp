@@ -1,10 +1,16 @@
 // The simulator's menu bar: its own menus and those the library builds for
 // plugins (services 30 to 33 and 63), shown as text and picked by path.
+#include "host/menus.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <vector>
 
-#include "host/host.h"
+#include "host/commands.h"
+#include "host/library.h"
+#include "host/output.h"
+#include "host/services.h"
 
 namespace toka_host {
 

@@ -1,4 +1,6 @@
 // toka-host's command line.
+#include "host/run.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -6,7 +8,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/scenario/scenario.h"
+#include "host/world/aircraft.h"
 
 namespace toka_host {
 
@@ -59,6 +63,10 @@ std::string HostUsage() {
          "                          result\n"
          "  --print-menus           print the menu bar after the last frame\n"
          "  --screenshot FILE       save the last frame as a PNG picture\n"
+         "  --render gl|none        draw every frame with OpenGL in an offscreen context\n"
+         "                          (gl, the default), or draw nothing: the plugins and\n"
+         "                          their draw callbacks run, their GL calls find no\n"
+         "                          context; no screenshots or pixel expectations\n"
          "  --scenario FILE         run the steps of a scenario file (see the README):\n"
          "                          input, simulator events and expectations, frame by\n"
          "                          frame; the exit status is the number of failed steps\n"
@@ -122,6 +130,9 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
       options.trace = text;
     } else if (arg == "--screenshot") {
       options.screenshot = text;
+    } else if (arg == "--render") {
+      good = text == "gl" || text == "none";
+      options.render = text == "gl";
     } else if (arg == "--scenario") {
       good = !text.empty() && options.scenario.empty();
       options.scenario = text;
@@ -164,6 +175,19 @@ bool LoadScenario(HostOptions& options, std::string& error) {
       return false;
     // The file's steps come first at a frame, then those of --at.
     options.steps.insert(options.steps.begin(), steps.begin(), steps.end());
+  }
+  if (!options.render) {
+    // Refused before the run rather than failing at its end.
+    const char* refusal = "toka-host: --render none draws no pictures: ";
+    if (!options.screenshot.empty()) {
+      error = refusal + std::string("--screenshot needs --render gl");
+      return false;
+    }
+    for (const ScenarioStep& step : options.steps)
+      if (NeedsPictures(step.kind)) {
+        error = refusal + step.where + ": " + step.text + " needs --render gl";
+        return false;
+      }
   }
   if (!options.lengthGiven && !options.steps.empty()) {
     options.frames = 0;

@@ -2,11 +2,14 @@
 // each service (what a scenario's "expect host-call" looks at) and the trace
 // that shows a plugin author every service the plugins made the library ask
 // for.
+#include "host/services.h"
+
 #include <cinttypes>
+#include <cstdint>
 #include <cstring>
 #include <type_traits>
 
-#include "host/host.h"
+#include "host/config.h"
 
 namespace toka_host {
 

@@ -1,13 +1,21 @@
 // Keys, speech and buttons (services 21 to 24), paths, versions, language
 // and the log (25 to 29), messages to the user (53, 54), the host's symbol
 // table (61) and situation files (68, 69).
+#include "host/system.h"
+
 #include <sys/stat.h>
 
 #include <cstring>
 #include <fstream>
 #include <sstream>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/menus.h"
+#include "host/output.h"
+#include "host/render/render.h"
+#include "host/services.h"
+#include "host/world/aircraft.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 

@@ -9,12 +9,15 @@
 // exists, where it is and whether it is visible are then asked of the library,
 // which checks every handle against its list: a destroyed window, or one whose
 // plugin is gone, is simply no longer found.
+#include "host/windows.h"
+
 #include <algorithm>
 #include <dlfcn.h>
 
 #include <climits>
+#include <vector>
 
-#include "host/host.h"
+#include "host/library.h"
 #include "toka/TOKADisplay.h"
 
 namespace toka_host {

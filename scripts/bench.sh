@@ -4,7 +4,8 @@
 # the baseline's time, their ratio, the target and whether it holds. Google
 # Benchmark's own report goes to build/release64/bench/report.txt. Arguments
 # go to every benchmark program (for example --benchmark_repetitions=1).
-# Exits non-zero when a row does not hold.
+# Then the reference host's frame rate (bench/host_frames.cpp). Exits
+# non-zero when a row or the frame rate does not hold.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -26,4 +27,6 @@ done
   cat "$rows"
 } | column -t -s '|'
 echo "$(uname -m), $(nproc) cores, $(date -u +%Y-%m-%d): $failing row(s) missing the target"
+echo
+"$build/bench/host_frames" || failing=$((failing + 1))
 [ "$failing" -eq 0 ]

@@ -8,11 +8,14 @@ cd "$(dirname "$0")/.."
 source scripts/machine.sh
 
 # Native (64-bit) and 32-bit toolchains, test and benchmark libraries. The
-# reference host writes its pictures with a header-only encoder (libstb-dev),
-# so nothing of the i386 architecture is needed beyond the C and C++ runtimes
-# that GoogleTest and Google Benchmark bring.
+# reference host draws through OpenGL in an offscreen EGL context (Mesa's
+# software rasteriser, so no graphics card is needed) and writes its pictures
+# with a header-only encoder (libstb-dev); GL and EGL come in both
+# architectures because the 32-bit host and plugins draw too.
 packages=(g++-multilib cmake make binutils pkg-config libstb-dev
-  libgtest-dev libbenchmark-dev libgtest-dev:i386 libbenchmark-dev:i386)
+  libgtest-dev libbenchmark-dev libgtest-dev:i386 libbenchmark-dev:i386
+  libegl-dev libgl-dev libegl-mesa0 libgl1-mesa-dri
+  libegl-dev:i386 libgl-dev:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386)
 
 SUDO=""
 [ "$(id -u)" -ne 0 ] && SUDO="sudo"

@@ -13,7 +13,18 @@
 #include <regex>
 
 #include "harness/harness.h"
-#include "host/host.h"
+#include "host/commands.h"
+#include "host/config.h"
+#include "host/menus.h"
+#include "host/output.h"
+#include "host/render/render.h"
+#include "host/run.h"
+#include "host/scenario/scenario.h"
+#include "host/services.h"
+#include "host/system.h"
+#include "host/world/aircraft.h"
+#include "host/world/navigation.h"
+#include "host/world/world.h"
 
 using namespace toka_host;
 using namespace toka_test;

@@ -14,7 +14,13 @@
 
 #include "harness/plugin_script.h"
 #include "harness/temp_tree.h"
-#include "host/host.h"
+#include "host/config.h"
+#include "host/library.h"
+#include "host/output.h"
+#include "host/run.h"
+#include "host/scenario/scenario.h"
+#include "host/services.h"
+#include "host/world/world.h"
 #include "toka/TOKA.h"
 
 using namespace toka_host;
@@ -173,10 +179,14 @@ std::vector<std::string> FrameCalls(int cursorX, int cursorY) {
 TEST_F(HostRun, EachFrameRunsTheSimulatorsStepsInOrderWithAFixedStep) {
   HostOptions options = Options();
   options.config.step = 0.05;
-  options.steps.resize(2);
+  options.steps.resize(3);
   std::string error;
   ASSERT_TRUE(ParseScenarioStep("move 10 20", 3, "--at", options.steps[0], error)) << error;
   ASSERT_TRUE(ParseScenarioStep("key P", 3, "--at", options.steps[1], error)) << error;
+  ASSERT_TRUE(ParseScenarioStep("scenery load \"Custom Scenery/Alps\"", 5, "--at", options.steps[2],
+                                error))
+      << error;
+  tree.AddFolder("Custom Scenery/Alps");
   Start(options);
   NoteHooks();
   RunFrame();
@@ -202,6 +212,12 @@ TEST_F(HostRun, EachFrameRunsTheSimulatorsStepsInOrderWithAFixedStep) {
   EXPECT_EQ("event 13", gHookCalls.at(0));
   EXPECT_NEAR(4 * 0.05, gRunningTime, 1e-12);
   EXPECT_NEAR(3 * 0.05, gFlightTime, 1e-12);  // paused by the input of frame 3
+  // A package loaded at start-up and loaded again is announced again.
+  RunFrame();
+  gHookCalls.clear();
+  RunFrame();
+  EXPECT_EQ("event 12", gHookCalls.at(0));
+  EXPECT_EQ("event 6", gHookCalls.at(1));
   StopHost();
 }
 
@@ -350,7 +366,7 @@ TEST(HostProgram, HelpDocumentsEveryOptionAndEachIsUnderstood) {
       {"--airport", "KOLM"},     {"--aircraft", "a/b.acf"},     {"--traffic", "4"},
       {"--ground-elevation", "12"}, {"--terrain-extent", "5000"}, {"--trace", "t.txt"},
       {"--screenshot", "s.png"}, {"--at", "3:key X"},           {"--print-menus", ""},
-      {"--scenario", "s.scenario"}};
+      {"--scenario", "s.scenario"}, {"--render", "none"}};
   std::regex option(R"(\n  (--[a-z-]+))");
   int documented = 0;
   for (std::sregex_iterator it(run.out.begin(), run.out.end(), option), end; it != end; ++it) {

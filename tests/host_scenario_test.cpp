@@ -9,7 +9,9 @@
 
 #include "harness/host_program.h"
 #include "harness/temp_tree.h"
-#include "host/host.h"
+#include "host/keys.h"
+#include "host/run.h"
+#include "host/scenario/scenario.h"
 #include "toka/TOKAUtilities.h"
 
 using namespace toka_host;
@@ -70,6 +72,8 @@ TEST(ScenarioParser, EveryStepReadsIntoWhatTheRunNeeds) {
       "expect menu \"Sim/Pause\" disabled\n"
       "expect host-call DrawString count 2\n"
       "expect host-call SpeakString\n"
+      "expect pixel 10 -20 #A0b0C0 within 7\n"
+      "expect screenshot matches \"ref dir/a.png\" within 2.5%\n"
       "at 26\n"
       "screenshot \"out dir/a.png\"\n");
   struct Expected {
@@ -113,6 +117,8 @@ TEST(ScenarioParser, EveryStepReadsIntoWhatTheRunNeeds) {
       {25, StepKind::ExpectMenu, {}, "Sim/Pause", "disabled"},
       {25, StepKind::ExpectHostCall, {}, "DrawString", ""},
       {25, StepKind::ExpectHostCall, {}, "SpeakString", ""},
+      {25, StepKind::ExpectPixel, {10, -20, 0xA0B0C0}, "", ""},
+      {25, StepKind::ExpectScreenshot, {}, "ref dir/a.png", ""},
       {26, StepKind::Screenshot, {}, "out dir/a.png", ""},
   };
   ASSERT_EQ(expected.size(), steps.size());
@@ -137,6 +143,8 @@ TEST(ScenarioParser, EveryStepReadsIntoWhatTheRunNeeds) {
   EXPECT_TRUE(steps[31].hasCount);
   EXPECT_EQ(2, steps[31].value);
   EXPECT_FALSE(steps[32].hasCount);
+  EXPECT_EQ(7, steps[33].tolerance);
+  EXPECT_EQ(2.5, steps[34].tolerance);
 }
 
 TEST(ScenarioParser, SecondsCountInFramesOfTheTimeStep) {
@@ -190,8 +198,14 @@ TEST(ScenarioParser, AMalformedLineStopsWithFileLineAndColumn) {
       {"airport KXYZ", "s.scenario:1:9: unknown airport \"KXYZ\""},
       {"pause now", "s.scenario:1:7: unexpected \"now\""},
       {"expect sky blue",
-       "s.scenario:1:8: expected \"log\", \"dataref\", \"window\", \"no\", \"plugin\", \"menu\" or "
-       "\"host-call\", found \"sky\""},
+       "s.scenario:1:8: expected \"log\", \"dataref\", \"window\", \"no\", \"plugin\", \"menu\", "
+       "\"host-call\", \"pixel\" or \"screenshot\", found \"sky\""},
+      {"expect pixel 1 2 #12345", "s.scenario:1:18: expected a colour #RRGGBB, found \"#12345\""},
+      {"expect pixel 1 2 #-12345", "s.scenario:1:18: expected a colour #RRGGBB, found \"#-12345\""},
+      {"expect pixel 1 2 #123456 within", "s.scenario:1:32: expected a tolerance per channel"},
+      {"expect screenshot matches a.png within 5",
+       "s.scenario:1:40: expected a share of the pixels such as 0.5%, found \"5\""},
+      {"expect screenshot like a.png", "s.scenario:1:19: expected \"matches\", found \"like\""},
       {"expect log matches /(/", "s.scenario:1:20: bad regular expression: " + badRegex},
       {"expect log matches /abc", "s.scenario:1:20: unterminated regular expression"},
       {"expect dataref x = 1", "s.scenario:1:18: expected \"==\", found \"=\""},
@@ -495,7 +509,7 @@ TEST(ExampleScenarios, EveryExamplesScenarioPassesAndFailsWithoutTheExamples) {
   std::sort(scenarios.begin(), scenarios.end());
   EXPECT_EQ((std::vector<std::string>{"camera/camera.scenario", "commands/commands.scenario",
                                       "dataref-consumer/dataref-consumer.scenario",
-                                      "hello/hello.scenario", "probe/probe.scenario",
+                                      "gl-gauge/gl-gauge.scenario", "hello/hello.scenario", "probe/probe.scenario",
                                       "template/my_plugin.scenario"}),
             scenarios);
 }

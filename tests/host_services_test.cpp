@@ -13,7 +13,19 @@
 
 #include "harness/picture.h"
 #include "harness/temp_tree.h"
-#include "host/host.h"
+#include "host/commands.h"
+#include "host/config.h"
+#include "host/library.h"
+#include "host/menus.h"
+#include "host/output.h"
+#include "host/render/gl.h"
+#include "host/render/render.h"
+#include "host/run.h"
+#include "host/services.h"
+#include "host/system.h"
+#include "host/world/aircraft.h"
+#include "host/world/navigation.h"
+#include "host/world/world.h"
 
 using namespace toka_host;
 using toka_test::TempTree;
@@ -31,6 +43,9 @@ protected:
     config.root = tree.root();
     config.screenWidth = 320;
     config.screenHeight = 240;
+    std::string error;
+    ASSERT_TRUE(OpenRenderer(config.screenWidth, config.screenHeight, error)) << error;
+    CreateHostTextures();
     ResetWorld(config);
     SetOutputCapture(&output);
     services = HostServices();
@@ -221,7 +236,7 @@ TEST_F(ServiceGroups, TextIsDrawnWithinTheMetricsTheFontReports) {
   auto drawn = [&](const std::function<void()>& draw) {
     ClearScreen();
     draw();
-    return gFramebuffer;
+    return ReadScreen();
   };
   EXPECT_EQ(drawn([&] { services->DrawString(green, 5, 5, "-003.14", nullptr, 0); }),
             drawn([&] { services->DrawNumber(green, 5, 5, -3.14159, 3, 2, 0, 0); }));
@@ -230,7 +245,8 @@ TEST_F(ServiceGroups, TextIsDrawnWithinTheMetricsTheFontReports) {
 }
 
 TEST_F(ServiceGroups, DarkBoxesDarkenTheirInsideAndMarkersShowWhereTheCameraLooks) {
-  std::fill(gFramebuffer.begin(), gFramebuffer.end(), 0x808080);
+  gGL.ClearColor(128 / 255.0f, 128 / 255.0f, 128 / 255.0f, 1);
+  gGL.Clear(GL_COLOR_BUFFER_BIT);
   services->DrawTranslucentDarkBox(10, 50, 30, 20);
   for (auto inside : {std::make_pair(10, 20), std::make_pair(29, 49)}) {
     uint32_t pixel = PixelAt(inside.first, inside.second);

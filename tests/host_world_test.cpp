@@ -8,7 +8,12 @@
 #include <map>
 
 #include "harness/temp_tree.h"
-#include "host/host.h"
+#include "host/config.h"
+#include "host/datarefs.h"
+#include "host/output.h"
+#include "host/run.h"
+#include "host/services.h"
+#include "host/world/aircraft.h"
 
 using namespace toka_host;
 using toka_test::TempTree;

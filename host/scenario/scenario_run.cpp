@@ -1,14 +1,28 @@
 // Running a scenario: its actions at the point of each frame where the
 // user's input arrives, its expectations and screenshots once the frame is
 // drawn, and a report of every step that failed.
+#include "host/scenario/scenario.h"
+
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <regex>
 
-#include "host/host.h"
+#include "host/commands.h"
+#include "host/config.h"
+#include "host/keys.h"
+#include "host/library.h"
+#include "host/menus.h"
+#include "host/output.h"
+#include "host/render/render.h"
+#include "host/services.h"
+#include "host/system.h"
+#include "host/windows.h"
+#include "host/world/aircraft.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 
@@ -288,7 +302,7 @@ void Act(const ScenarioStep& step) {
       std::string folder = ResolveUnderRoot(step.name);
       if (folder.back() != '/') folder += '/';
       if (!IsFolder(folder)) return Fail(step, "a scenery folder " + folder, "no such folder");
-      QueueSceneryPackage(folder);
+      QueueSceneryPackage(folder, true);
       QueueEvent(6, 0);
       break;
     }
@@ -363,6 +377,30 @@ void CheckHostCall(const ScenarioStep& step) {
        "called " + std::to_string(calls) + " times");
 }
 
+std::string Colour(uint32_t rgb) {
+  char text[8];
+  std::snprintf(text, sizeof text, "#%06X", rgb & 0xFFFFFF);
+  return text;
+}
+
+void CheckPixel(const ScenarioStep& step) {
+  int x = step.numbers[0], y = step.numbers[1];
+  int tolerance = step.tolerance >= 0 ? (int)step.tolerance : kPixelTolerance;
+  uint32_t pixel = PixelAt(x, y);
+  if (PixelMatches(pixel, (uint32_t)step.numbers[2], tolerance)) return;
+  Fail(step, Colour((uint32_t)step.numbers[2]) + " within " + std::to_string(tolerance) + " at (" +
+                 std::to_string(x) + ", " + std::to_string(y) + ")",
+       Colour(pixel));
+}
+
+void CheckScreenshot(const ScenarioStep& step) {
+  std::string found;
+  if (CompareScreen(step.name, step.tolerance, found)) return;
+  std::string expected = "the frame as in " + step.name;
+  if (step.tolerance >= 0) expected += " but for " + Number(step.tolerance) + "% of its pixels";
+  Fail(step, expected, found);
+}
+
 void Check(const ScenarioStep& step) {
   switch (step.kind) {
     case StepKind::ExpectLogContains:
@@ -373,6 +411,8 @@ void Check(const ScenarioStep& step) {
     case StepKind::ExpectPlugin: CheckPlugin(step); break;
     case StepKind::ExpectMenu: CheckMenu(step); break;
     case StepKind::ExpectHostCall: CheckHostCall(step); break;
+    case StepKind::ExpectPixel: CheckPixel(step); break;
+    case StepKind::ExpectScreenshot: CheckScreenshot(step); break;
     case StepKind::Screenshot:
       if (!SaveScreen(step.name)) Fail(step, "a picture in " + step.name, "cannot write the file");
       break;

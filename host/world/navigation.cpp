@@ -2,12 +2,19 @@
 // to 41. A navaid reference is the navaid's index in the database, which is
 // ordered by type and then by identifier, so that the navaids of one type
 // form one run from the first of the type to the last.
+#include "host/world/navigation.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstring>
+#include <string>
+#include <vector>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/services.h"
+#include "host/world/aircraft.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 

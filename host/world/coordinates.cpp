@@ -4,11 +4,14 @@
 // Positions are converted through earth-centred coordinates on the WGS 84
 // ellipsoid, so the local frame is a true tangent plane and a conversion
 // there and back loses nothing a plugin could notice.
+#include "host/world/world.h"
+
 #include <algorithm>
 #include <cmath>
 #include <set>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/services.h"
 
 namespace toka_host {
 

@@ -1,7 +1,9 @@
 // The host's bitmap font: the printable ASCII characters as 5 x 7 dots,
 // drawn in a cell of 6 x 10 pixels (a blank row above, two below, a blank
 // column to the right) so that lines and characters never touch.
-#include "host/host.h"
+#include <vector>
+
+#include "host/render/render.h"
 
 namespace toka_host {
 
@@ -112,6 +114,34 @@ const uint8_t kGlyphs[95][kGlyphRows] = {
 const uint8_t* GlyphRows(unsigned char c) {
   if (c < 0x20 || c > 0x7E) c = '?';
   return kGlyphs[c - 0x20];
+}
+
+// The font as a texture: every glyph in a cell of 6 x 10 texels (rows from
+// the cell's bottom, as GL counts them), white dots on nothing, 16 cells to
+// a row. Drawn with nearest filtering at whole pixels, a glyph comes out
+// exactly as its dots are.
+unsigned CreateFontTexture() {
+  std::vector<uint8_t> texels((size_t)kFontTextureWidth * kFontTextureHeight * 4, 0);
+  for (int c = 0x20; c <= 0x7E; ++c) {
+    int left, bottom;
+    FontTextureCell((unsigned char)c, left, bottom);
+    const uint8_t* rows = GlyphRows((unsigned char)c);
+    for (int row = 0; row < kGlyphRows; ++row)
+      for (int column = 0; column < 5; ++column) {
+        if (!(rows[row] & (0x10 >> column))) continue;
+        // Row 0 is the glyph's top, one blank row below the cell's top.
+        uint8_t* texel = &texels[((size_t)(bottom + 8 - row) * kFontTextureWidth + left + column) * 4];
+        texel[0] = texel[1] = texel[2] = texel[3] = 255;
+      }
+  }
+  return CreateTexture(kFontTextureWidth, kFontTextureHeight, texels.data());
+}
+
+void FontTextureCell(unsigned char c, int& left, int& bottom) {
+  if (c < 0x20 || c > 0x7E) c = '?';
+  int index = c - 0x20;
+  left = index % 16 * 6;
+  bottom = index / 16 * 10;
 }
 
 }  // namespace toka_host

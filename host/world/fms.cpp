@@ -1,9 +1,12 @@
 // The flight management system, 100 entries long, and the GPS that flies to
 // its destination entry: services 42 to 52.
+#include "host/world/navigation.h"
+
 #include <cstdio>
 #include <cstring>
+#include <string>
 
-#include "host/host.h"
+#include "host/services.h"
 
 namespace toka_host {
 

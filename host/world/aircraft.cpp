@@ -1,11 +1,18 @@
 // The user's aircraft and the traffic around it, the airports they start
 // from, and the camera that follows the user: services 15, 17 to 20 and 34.
+#include "host/world/aircraft.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstring>
 
-#include "host/host.h"
+#include "host/config.h"
+#include "host/library.h"
+#include "host/output.h"
+#include "host/services.h"
+#include "host/system.h"
+#include "host/world/world.h"
 
 namespace toka_host {
 

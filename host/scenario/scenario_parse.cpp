@@ -2,73 +2,28 @@
 // texts in double quotes, regular expressions between slashes. A line that
 // does not parse stops everything with its file, line and column, so that a
 // typing mistake never turns into a run that tests less than it says.
+#include "host/scenario/scenario.h"
+
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <regex>
 
-#include "host/host.h"
+#include "host/keys.h"
+#include "host/scenario/words.h"
+#include "host/services.h"
+#include "host/world/aircraft.h"
 
 namespace toka_host {
 
 namespace {
 
-// Reads the words of one line from left to right. Each reader returns false
-// after setting the error and the column it is about.
-class LineReader {
+// The words a step is made of: those of any line, and one of a few words, a
+// keyword or a number in their place. Each reader returns false after
+// setting the error and the column it is about.
+class StepReader : public Words {
 public:
-  explicit LineReader(const std::string& line) : mLine(line) {}
-
-  std::string error;
-  int errorColumn = 0;
-
-  bool AtEnd() {
-    SkipBlanks();
-    return mAt >= mLine.size();
-  }
-  int Column() {
-    SkipBlanks();
-    return (int)mAt + 1;
-  }
-
-  // The next word, whatever it is.
-  bool Word(std::string& word, const std::string& what) {
-    if (AtEnd()) return Fail("expected " + what);
-    size_t start = mAt;
-    while (mAt < mLine.size() && !IsBlank(mLine[mAt])) ++mAt;
-    word = mLine.substr(start, mAt - start);
-    mLastColumn = (int)start + 1;
-    return true;
-  }
-
-  // A text in double quotes, with \" \\ \n and \t inside.
-  bool Text(std::string& text, const std::string& what) {
-    if (AtEnd() || mLine[mAt] != '"') return Expected(what);
-    return Delimited('"', text, "unterminated string");
-  }
-
-  // A text in double quotes, or a single word.
-  bool Name(std::string& name, const std::string& what) {
-    if (!AtEnd() && mLine[mAt] == '"') return Delimited('"', name, "unterminated string");
-    return Word(name, what);
-  }
-
-  // A regular expression between slashes; \/ stands for a slash.
-  bool Regex(std::string& regex) {
-    if (AtEnd() || mLine[mAt] != '/') return Expected("a regular expression between slashes");
-    int column = (int)mAt + 1;
-    size_t at = mAt + 1;
-    regex.clear();
-    for (; at < mLine.size() && mLine[at] != '/'; ++at) {
-      if (mLine[at] == '\\' && at + 1 < mLine.size() && mLine[at + 1] == '/') ++at;
-      else if (mLine[at] == '\\' && at + 1 < mLine.size()) regex += mLine[at++];
-      regex += mLine[at];
-    }
-    if (at >= mLine.size()) return FailAt(column, "unterminated regular expression");
-    mAt = at + 1;
-    mLastColumn = column;
-    return true;
-  }
+  using Words::Words;
 
   // One of a few words.
   bool OneOf(std::string& word, const std::vector<std::string>& choices) {
@@ -78,7 +33,7 @@ public:
     if (!Word(word, what)) return false;
     for (const std::string& choice : choices)
       if (word == choice) return true;
-    return FailAt(mLastColumn, "expected " + what + ", found \"" + word + "\"");
+    return FailAt(LastColumn(), "expected " + what + ", found \"" + word + "\"");
   }
 
   bool Keyword(const std::string& keyword) {
@@ -107,66 +62,10 @@ public:
     return true;
   }
 
-  bool End() {
-    if (AtEnd()) return true;
-    std::string word;
-    int column = Column();
-    Word(word, "");
-    return FailAt(column, "unexpected \"" + word + "\"");
-  }
-
-  bool BadNumber(const std::string& word) { return FailAt(mLastColumn, "bad number \"" + word + "\""); }
-  bool FailAt(int column, const std::string& message) {
-    errorColumn = column;
-    error = message;
-    return false;
-  }
-  int LastColumn() const { return mLastColumn; }
-  // The word at the cursor without taking it.
-  std::string Peek() {
-    size_t saved = mAt;
-    int savedColumn = mLastColumn;
-    std::string word;
-    if (!AtEnd()) Word(word, "");
-    mAt = saved;
-    mLastColumn = savedColumn;
-    return word;
-  }
-
 private:
-  static bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-  void SkipBlanks() {
-    while (mAt < mLine.size() && IsBlank(mLine[mAt])) ++mAt;
+  bool BadNumber(const std::string& word) {
+    return FailAt(LastColumn(), "bad number \"" + word + "\"");
   }
-  bool Fail(const std::string& message) { return FailAt(Column(), message); }
-  bool Expected(const std::string& what) {
-    if (AtEnd()) return Fail("expected " + what);
-    std::string word;
-    int column = Column();
-    Word(word, "");
-    return FailAt(column, "expected " + what + ", found \"" + word + "\"");
-  }
-  bool Delimited(char quote, std::string& text, const std::string& unterminated) {
-    int column = (int)mAt + 1;
-    text.clear();
-    size_t at = mAt + 1;
-    for (; at < mLine.size() && mLine[at] != quote; ++at) {
-      if (mLine[at] != '\\' || at + 1 >= mLine.size()) {
-        text += mLine[at];
-        continue;
-      }
-      char next = mLine[++at];
-      text += next == 'n' ? '\n' : next == 't' ? '\t' : next;
-    }
-    if (at >= mLine.size()) return FailAt(column, unterminated);
-    mAt = at + 1;
-    mLastColumn = column;
-    return true;
-  }
-
-  const std::string& mLine;
-  size_t mAt = 0;
-  int mLastColumn = 1;
 };
 
 // Messages the simulator broadcasts, by the event that makes the library
@@ -185,7 +84,7 @@ int EventOfMessage(int message) {
   }
 }
 
-bool ParseKey(LineReader& in, ScenarioStep& step) {
+bool ParseKey(StepReader& in, ScenarioStep& step) {
   std::string name;
   if (!in.Name(name, "a key name")) return false;
   const VirtualKey* key = FindVirtualKey(name);
@@ -208,7 +107,7 @@ bool ParseKey(LineReader& in, ScenarioStep& step) {
   return true;
 }
 
-bool ParseDataRefValue(LineReader& in, ScenarioStep& step) {
+bool ParseDataRefValue(StepReader& in, ScenarioStep& step) {
   if (!in.AtEnd() && in.Peek()[0] == '"') {
     step.isText = true;
     return in.Text(step.textValue, "a value");
@@ -216,10 +115,61 @@ bool ParseDataRefValue(LineReader& in, ScenarioStep& step) {
   return in.Number(step.value, "a value");
 }
 
-bool ParseExpectation(LineReader& in, ScenarioStep& step) {
+bool ParsePngName(StepReader& in, ScenarioStep& step) {
+  if (!in.Name(step.name, "a file name ending in .png")) return false;
+  const std::string& file = step.name;
+  if (file.size() < 5 || file.compare(file.size() - 4, 4, ".png") != 0)
+    return in.FailAt(in.LastColumn(), "expected a file name ending in .png, found \"" + file + "\"");
+  return true;
+}
+
+// #RRGGBB
+bool ParseColour(StepReader& in, int& colour) {
+  std::string word;
+  if (!in.Word(word, "a colour #RRGGBB")) return false;
+  char* end = nullptr;
+  long value = word.size() == 7 && word[0] == '#' ? std::strtol(word.c_str() + 1, &end, 16) : -1;
+  if (value < 0 || *end || word.find_first_of("+- ") != std::string::npos)
+    return in.FailAt(in.LastColumn(), "expected a colour #RRGGBB, found \"" + word + "\"");
+  colour = (int)value;
+  return true;
+}
+
+// "within 10%": a share of the pixels, in percent.
+bool ParsePercent(StepReader& in, double& percent) {
+  std::string word;
+  if (!in.Keyword("within") || !in.Word(word, "a share of the pixels such as 0.5%")) return false;
+  char* end = nullptr;
+  percent = word.size() > 1 && word.back() == '%' ? std::strtod(word.c_str(), &end) : -1;
+  if (percent < 0 || percent > 100 || end != word.c_str() + word.size() - 1)
+    return in.FailAt(in.LastColumn(), "expected a share of the pixels such as 0.5%, found \"" +
+                                          word + "\"");
+  return true;
+}
+
+// Pixels of the frame: one pixel's colour, or the whole frame against a
+// picture.
+bool ParsePixelExpectation(const std::string& what, StepReader& in, ScenarioStep& step) {
+  if (what == "pixel") {
+    step.kind = StepKind::ExpectPixel;
+    step.numbers.resize(3);
+    if (!in.Int(step.numbers[0], "X") || !in.Int(step.numbers[1], "Y") ||
+        !ParseColour(in, step.numbers[2]))
+      return false;
+    if (in.AtEnd()) return true;
+    return in.Keyword("within") && in.Number(step.tolerance, "a tolerance per channel", 0);
+  }
+  step.kind = StepKind::ExpectScreenshot;
+  if (!in.Keyword("matches") || !ParsePngName(in, step)) return false;
+  return in.AtEnd() || ParsePercent(in, step.tolerance);
+}
+
+bool ParseExpectation(StepReader& in, ScenarioStep& step) {
   std::string what;
-  if (!in.OneOf(what, {"log", "dataref", "window", "no", "plugin", "menu", "host-call"}))
+  if (!in.OneOf(what, {"log", "dataref", "window", "no", "plugin", "menu", "host-call", "pixel",
+                       "screenshot"}))
     return false;
+  if (what == "pixel" || what == "screenshot") return ParsePixelExpectation(what, in, step);
   if (what == "log") {
     std::string how;
     if (!in.OneOf(how, {"contains", "matches"})) return false;
@@ -273,7 +223,7 @@ bool ParseExpectation(LineReader& in, ScenarioStep& step) {
   return true;
 }
 
-bool ParseSimulatorStep(const std::string& first, LineReader& in, ScenarioStep& step) {
+bool ParseSimulatorStep(const std::string& first, StepReader& in, ScenarioStep& step) {
   if (first == "menu") {
     step.kind = StepKind::Menu;
     return in.Text(step.name, "a menu path in double quotes");
@@ -321,7 +271,7 @@ bool ParseSimulatorStep(const std::string& first, LineReader& in, ScenarioStep& 
   return true;
 }
 
-bool ParseStep(LineReader& in, ScenarioStep& step) {
+bool ParseStep(StepReader& in, ScenarioStep& step) {
   std::string first;
   if (!in.Word(first, "a step")) return false;
   int firstColumn = in.LastColumn();
@@ -363,11 +313,7 @@ bool ParseStep(LineReader& in, ScenarioStep& step) {
   if (first == "expect") return ParseExpectation(in, step);
   if (first == "screenshot") {
     step.kind = StepKind::Screenshot;
-    if (!in.Name(step.name, "a file name ending in .png")) return false;
-    const std::string& file = step.name;
-    if (file.size() < 5 || file.compare(file.size() - 4, 4, ".png") != 0)
-      return in.FailAt(in.LastColumn(), "expected a file name ending in .png, found \"" + file + "\"");
-    return true;
+    return ParsePngName(in, step);
   }
   return in.FailAt(firstColumn, "unknown step \"" + first + "\"");
 }
@@ -379,7 +325,7 @@ std::string Trimmed(const std::string& line) {
 }
 
 // "at FRAME", "at SECONDS s" or "at SECONDSs".
-bool ParseTime(LineReader& in, double step, int current, int& frame) {
+bool ParseTime(Words& in, double step, int current, int& frame) {
   std::string word;
   if (!in.Word(word, "a frame number or a time in seconds")) return false;
   int column = in.LastColumn();
@@ -412,9 +358,14 @@ bool ParseTime(LineReader& in, double step, int current, int& frame) {
 
 bool IsCheck(StepKind kind) { return kind >= StepKind::ExpectLogContains; }
 
+bool NeedsPictures(StepKind kind) {
+  return kind == StepKind::ExpectPixel || kind == StepKind::ExpectScreenshot ||
+         kind == StepKind::Screenshot;
+}
+
 bool ParseScenarioStep(const std::string& line, int frame, const std::string& where,
                        ScenarioStep& step, std::string& error) {
-  LineReader in(line);
+  StepReader in(line);
   step = ScenarioStep();
   step.frame = frame;
   step.where = where;
@@ -439,7 +390,7 @@ bool ParseScenario(const std::string& text, const std::string& file, double step
     std::string trimmed = Trimmed(line);
     if (trimmed.empty() || trimmed[0] == '#') continue;
     std::string where = file + ":" + std::to_string(number);
-    LineReader in(line);
+    Words in(line);
     std::string first;
     in.Word(first, "");
     if (first == "at") {

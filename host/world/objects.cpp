@@ -1,6 +1,8 @@
 // Scenery objects (services 64 to 67 and 70) and the scenery reload (35).
 // An object is a file below the simulator folder; loading the same file
 // again shares the object, which goes away with its last unload.
+#include "host/world/world.h"
+
 #include <dirent.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
@@ -8,8 +10,12 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <vector>
 
-#include "host/host.h"
+#include "host/output.h"
+#include "host/render/render.h"
+#include "host/services.h"
+#include "host/system.h"
 
 namespace toka_host {
 

@@ -1,0 +1,423 @@
+// What the reference host draws through OpenGL. Screenshots hold what the
+// plugins drew, pixel for pixel, as worked out here from a window's rectangle
+// and the font's metrics. The hello example runs in the host's frame loop in
+// this process, where a scripted plugin asks the library where hello's
+// window is and what the font measures, calls the graphics services and
+// draws with GL itself; a fixture plugin's window
+// (tests/plugins/host_panel.cpp: a dark box from (100, 600) to (300, 700)
+// with "Panel 42" at (left + 5, top - 15)) is checked in runs of the
+// toka-host program: screenshots, pixel expectations, pictures compared,
+// and runs that draw nothing.
+#include <GL/gl.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <set>
+
+#include "harness/harness.h"
+#include "harness/host_program.h"
+#include "harness/picture.h"
+#include "host/config.h"
+#include "host/output.h"
+#include "host/render/render.h"
+#include "host/run.h"
+#include "host/scenario/scenario.h"
+#include "host/windows.h"
+#include "host/world/aircraft.h"
+#include "host/world/world.h"
+
+using namespace toka_host;
+using namespace toka_test;
+
+namespace {
+
+uint32_t Darkened(uint32_t colour) {
+  return (colour >> 16 & 0xFF) / 4 << 16 | (colour >> 8 & 0xFF) / 4 << 8 | (colour & 0xFF) / 4;
+}
+
+struct Rect {
+  int left, top, right, bottom;
+};
+
+// A string in font 0 placed by its baseline's left end, in a cell of the
+// font's size per character.
+struct Text {
+  std::string text;
+  int x, y;
+};
+
+struct Font {
+  int cellWidth, cellHeight;
+};
+
+// The text whose glyph dots cover the pixel, or -1: each character's 5 x 7
+// dots sit at the left of its cell, one row below the cell's top.
+int TextAt(const std::vector<Text>& texts, Font font, int x, int y) {
+  for (size_t i = 0; i < texts.size(); ++i) {
+    const Text& t = texts[i];
+    if (x < t.x || x >= t.x + font.cellWidth * (int)t.text.size()) continue;
+    int index = (x - t.x) / font.cellWidth, column = (x - t.x) % font.cellWidth;
+    int row = t.y + font.cellHeight - 2 - y;
+    if (row < 0 || row >= kGlyphRows || column >= 5) continue;
+    if (GlyphRows((unsigned char)t.text[index])[row] & (0x10 >> column)) return (int)i;
+  }
+  return -1;
+}
+
+// Inside the window every pixel is what lies behind it (the pixels just left
+// and right of it on the same row, which it leaves alone) darkened, except
+// the texts' glyph dots, each text in one colour of its own; the rows just
+// below and above are left alone.
+void ExpectWindowDrawn(const Picture& picture, Rect window, const std::vector<Text>& texts,
+                       Font font) {
+  std::vector<int> dotsFound(texts.size()), dotsExpected(texts.size());
+  std::vector<uint32_t> colours(texts.size());
+  for (size_t i = 0; i < texts.size(); ++i)
+    for (char c : texts[i].text)
+      for (int row = 0; row < kGlyphRows; ++row)
+        dotsExpected[i] += __builtin_popcount(GlyphRows((unsigned char)c)[row]);
+  int wrong = 0;
+  std::string firstWrong;
+  for (int y = window.bottom - 1; y <= window.top; ++y) {
+    uint32_t behind = picture.At(window.left - 1, y);
+    ASSERT_EQ(behind, picture.At(window.right, y)) << "row " << y;
+    ASSERT_NE(Darkened(behind), behind) << "row " << y << " would not show a dark box";
+    bool inside = y >= window.bottom && y < window.top;
+    for (int x = window.left; x < window.right; ++x) {
+      int text = inside ? TextAt(texts, font, x, y) : -1;
+      uint32_t pixel = picture.At(x, y);
+      if (text >= 0 && dotsFound[text]++ == 0) colours[text] = pixel;
+      uint32_t expected = !inside ? behind : text >= 0 ? colours[text] : Darkened(behind);
+      // GL's blending rounds where a quarter of a channel is not whole.
+      bool right = PixelMatches(pixel, expected, 1) &&
+                   (text < 0 || !PixelMatches(pixel, Darkened(behind), 1));
+      if (!right && !wrong++) firstWrong = std::to_string(x) + "," + std::to_string(y);
+    }
+  }
+  EXPECT_EQ(0, wrong) << "first wrong pixel at " << firstWrong;
+  // Every dot of every text lies inside the window.
+  EXPECT_EQ(dotsExpected, dotsFound);
+}
+
+// Where a hidden window was, nothing is darkened and nothing is written.
+void ExpectNothingDrawn(const Picture& picture, Rect window) {
+  for (int y = window.bottom; y < window.top; ++y)
+    for (int x = window.left; x < window.right; ++x)
+      ASSERT_EQ(picture.At(window.left - 1, y), picture.At(x, y)) << x << "," << y;
+}
+
+// ---- the hello example -----------------------------------------------------
+
+class HelloScreenshot : public ::testing::Test {
+protected:
+  TempTree tree;
+  std::string output;
+  HostOptions options;
+  bool running = false;
+
+  void SetUp() override {
+    SetOutputCapture(&output);
+    std::string hello = ReadFile(std::string(TOKA_EXAMPLES_DIR) + "/hello.orv");
+    ASSERT_FALSE(hello.empty()) << "the hello example was not built";
+    tree.AddFile("Resources/plugins/hello.orv", hello);
+    PluginScript& tester = Script(tree.AddPlugin("Resources/plugins/tester.orv", "scripted"));
+    tester.name = "tester";
+    tester.signature = "test.tester";
+    options.config.root = tree.root();
+    options.config.otherAircraft = 0;
+    options.library = TOKA_LIBRARY_FILE;
+  }
+  void TearDown() override {
+    if (running) StopHost();
+    SetOutputCapture(nullptr);
+  }
+  void At(int frame, const std::string& text) {
+    ScenarioStep step;
+    std::string error;
+    ASSERT_TRUE(ParseScenarioStep(text, frame, "--at", step, error)) << text << ": " << error;
+    options.steps.push_back(step);
+  }
+};
+
+TEST_F(HelloScreenshot, ItsDarkBoxCoversItsWindowAndItsTwoLinesSitInsideWhereTheFontPutsThem) {
+  const std::string shown = tree.root() + "shown.png", hidden = tree.root() + "hidden.png";
+  At(2, "screenshot \"" + shown + "\"");
+  At(3, "key F6");
+  At(3, "screenshot \"" + hidden + "\"");
+  std::string error;
+  ASSERT_TRUE(StartHost(options, error)) << error;
+  running = true;
+
+  // The library lists no windows; the host, which sees them created, tells
+  // which one covers a point.
+  SeenWindow seen{};
+  for (int y = 0; y < gConfig.screenHeight && seen.plugin != "Hello"; y += 8)
+    for (int x = 0; x < gConfig.screenWidth && seen.plugin != "Hello"; x += 8) WindowAt(x, y, seen);
+  ASSERT_EQ("Hello", seen.plugin);
+
+  // Hello's lines: a greeting, and two lines further down the key and the
+  // menu item that toggle the window, 10 pixels in from its top-left corner.
+  std::vector<Text> texts = {{"Hello, world!", 0, 0},
+                             {"F6 or Plugins > Hello shows and hides me.", 0, 0}};
+  Rect window{};
+  Font font{};
+  std::vector<float> widths;
+  RunAs(TOKAFindPluginBySignature("test.tester"), [&] {
+    TOKAGetWindowGeometry(seen.handle, &window.left, &window.top, &window.right, &window.bottom);
+    TOKAGetFontDimensions(0, &font.cellWidth, &font.cellHeight, nullptr);
+    for (const Text& t : texts) widths.push_back(TOKAMeasureString(0, t.text.c_str(), (int)t.text.size()));
+  });
+  ASSERT_EQ(texts.size(), widths.size()) << "the tester did not run";
+  for (size_t i = 0; i < texts.size(); ++i) {
+    texts[i].x = window.left + 10;
+    texts[i].y = window.top - 10 - font.cellHeight - 2 * font.cellHeight * (int)i;
+    // A fixed-width font: the string fills its cells, and they fit the window.
+    EXPECT_EQ(font.cellWidth * (float)texts[i].text.size(), widths[i]);
+    EXPECT_LE(texts[i].x + widths[i], window.right) << texts[i].text;
+    EXPECT_GE(texts[i].y, window.bottom) << texts[i].text;
+  }
+
+  for (int frame = 0; frame < 3; ++frame) RunFrame();
+  StopHost();
+  running = false;
+  Picture picture;
+  ASSERT_TRUE(picture.Read(shown));
+  ASSERT_EQ(gConfig.screenWidth, picture.width);
+  ASSERT_EQ(gConfig.screenHeight, picture.height);
+  ExpectWindowDrawn(picture, window, texts, font);
+  ASSERT_TRUE(picture.Read(hidden));
+  ExpectNothingDrawn(picture, window);
+}
+
+// ---- a run of the program --------------------------------------------------
+
+class Screenshot : public ::testing::Test {
+protected:
+  TempTree tree;
+  ProgramRun Run(const std::string& scenario,
+                 const std::string& more = " --screenshot last.png") {
+    tree.AddPlugin("Resources/plugins/host_panel.orv", "host_panel");
+    std::string file = tree.AddFile("shots.scenario", scenario);
+    // In the tree, so that relative picture names land there.
+    return RunProgram("/bin/sh", "-c \"cd '" + tree.root() + "' && exec '" + TOKA_HOST_BINARY +
+                                     "' --root . --library '" + TOKA_LIBRARY_FILE +
+                                     "' --traffic 0 --scenario shots.scenario" + more + "\"");
+  }
+};
+
+TEST_F(Screenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame) {
+  ProgramRun run = Run("at 2\nscreenshot \"" + tree.root() + "shown.png\"\nat 3\nkey F1\n");
+  ASSERT_EQ(0, run.status) << run.err;
+  Picture shown, last;
+  ASSERT_TRUE(shown.Read(tree.root() + "shown.png"));
+  ASSERT_TRUE(last.Read(tree.root() + "last.png"));
+  EXPECT_EQ(1280, shown.width);
+  EXPECT_EQ(800, shown.height);
+  Rect panel{100, 700, 300, 600};
+  int cellWidth, cellHeight;
+  FontCell(0, cellWidth, cellHeight);
+  ExpectWindowDrawn(shown, panel, {{"Panel 42", panel.left + 5, panel.top - 15}},
+                    {cellWidth, cellHeight});
+  // F1 hid the panel before the last frame was drawn.
+  ExpectNothingDrawn(last, panel);
+}
+
+TEST_F(Screenshot, AFileThatCannotBeWrittenFailsTheStep) {
+  ProgramRun run = Run("at 1\nscreenshot \"" + tree.root() + "no/folder/x.png\"\n");
+  EXPECT_EQ(1, run.status);
+  EXPECT_EQ("shots.scenario:2: frame 1: screenshot \"" + tree.root() +
+                "no/folder/x.png\"\n"
+                "  expected: a picture in " + tree.root() + "no/folder/x.png\n"
+                "  found:    cannot write the file\n"
+                "toka-host: 1 of 1 steps failed\n",
+            run.err);
+}
+
+
+// A frame compared with a picture of itself taken by another run, then with
+// the panel hidden: its 200 x 100 pixels differ, and the frame and the
+// differences are written beside the picture.
+TEST_F(Screenshot, FramesMatchPicturesOfEarlierRunsAndDifferencesArePointedOut) {
+  ASSERT_EQ(0, Run("at 2\nscreenshot ref.png\n", "").status);
+  Picture reference;
+  ASSERT_TRUE(reference.Read(tree.root() + "ref.png"));
+  ProgramRun run = Run("at 2\nexpect screenshot matches ref.png\n", "");
+  EXPECT_EQ(0, run.status) << run.err;
+
+  uint32_t darkened = reference.At(150, 650);
+  char colour[8];
+  std::snprintf(colour, sizeof colour, "#%06X", darkened);
+  run = Run(std::string("at 2\nkey F1\nexpect screenshot matches ref.png\n") +
+                "expect screenshot matches ref.png within 2%\n"
+                "expect screenshot matches ref.png within 1.9%\n"
+                "expect pixel 150 650 " + colour + "\n",
+            "");
+  EXPECT_EQ(3, run.status);
+  Picture actual, difference;
+  ASSERT_TRUE(actual.Read(tree.root() + "ref.actual.png"));
+  ASSERT_TRUE(difference.Read(tree.root() + "ref.diff.png"));
+  char found[8];
+  std::snprintf(found, sizeof found, "#%06X", actual.At(150, 650));
+  const std::string paths = "; the frame is in ref.actual.png, the differences in ref.diff.png\n";
+  EXPECT_EQ(std::string("shots.scenario:3: frame 2: expect screenshot matches ref.png\n") +
+                "  expected: the frame as in ref.png\n"
+                "  found:    20000 pixels (1.953%) differ by more than 2" + paths +
+                "shots.scenario:5: frame 2: expect screenshot matches ref.png within 1.9%\n"
+                "  expected: the frame as in ref.png but for 1.9% of its pixels\n"
+                "  found:    20000 pixels (1.953%) differ by more than 2" + paths +
+                "shots.scenario:6: frame 2: expect pixel 150 650 " + colour + "\n" +
+                "  expected: " + colour + " within 2 at (150, 650)\n" +
+                "  found:    " + found + "\n" + "toka-host: 3 of 5 steps failed\n",
+            run.err);
+  // Red where the panel was, nowhere else.
+  for (int y = 0; y < difference.height; ++y)
+    for (int x = 0; x < difference.width; ++x) {
+      bool panel = x >= 100 && x < 300 && y >= 600 && y < 700;
+      ASSERT_EQ(panel, difference.At(x, y) == 0xFF0000u) << x << "," << y;
+    }
+}
+
+// With --render none the plugins run and draw as before, into nothing, and
+// whatever needs a picture is refused before the run; without a driver the
+// host says what is missing instead of drawing.
+TEST_F(Screenshot, RunsWithoutPicturesAndWithoutADriver) {
+  ProgramRun run = Run("at 1\nexpect host-call DrawTranslucentDarkBox count 1\n"
+                       "expect window at 150 650\n",
+                       " --render none");
+  EXPECT_EQ(0, run.status) << run.err;
+  run = Run("at 1\nexpect window at 150 650\n", " --render none --screenshot a.png");
+  EXPECT_EQ(kCannotRunStatus, run.status);
+  EXPECT_EQ("toka-host: --render none draws no pictures: --screenshot needs --render gl\n", run.err);
+  run = Run("at 1\nexpect pixel 1 1 #000000\n", " --render none");
+  EXPECT_EQ(kCannotRunStatus, run.status);
+  EXPECT_EQ("toka-host: --render none draws no pictures: shots.scenario:2: expect pixel 1 1 "
+            "#000000 needs --render gl\n",
+            run.err);
+  EXPECT_EQ("", run.out);  // no plugin was loaded
+
+  setenv("__EGL_VENDOR_LIBRARY_FILENAMES", "/nonexistent.json", 1);
+  run = Run("at 1\nexpect window at 150 650\n", "");
+  EXPECT_EQ(kCannotRunStatus, run.status);
+  const std::string start = "toka-host: cannot draw: EGL finds no OpenGL driver (";
+  const std::string end = "); run with --render none to run without pictures\n";
+  EXPECT_EQ(0u, run.err.find(start)) << run.err;
+  EXPECT_EQ(run.err.size() - end.size(), run.err.find(end)) << run.err;
+  EXPECT_EQ(1, std::count(run.err.begin(), run.err.end(), '\n')) << run.err;
+  run = Run("at 1\nexpect window at 150 650\n", " --render none");
+  EXPECT_EQ(0, run.status) << run.err;
+}
+
+// ---- plugins' own GL -------------------------------------------------------
+
+// The graphics services act on the context the plugins draw into; the state
+// is remembered, so that asking again for what is set costs no GL call.
+TEST_F(HelloScreenshot, GraphicsServicesActOnTheContextPluginsDrawInto) {
+  std::string error;
+  ASSERT_TRUE(StartHost(options, error)) << error;
+  running = true;
+  RunFrame();
+  bool ran = false;
+  RunAs(TOKAFindPluginBySignature("test.tester"), [&] {
+    ran = true;
+    TOKASetGraphicsState(1, 2, 1, 1, 1, 1, 0);
+    for (GLenum on : {GL_FOG, GL_LIGHTING, GL_ALPHA_TEST, GL_BLEND, GL_DEPTH_TEST})
+      EXPECT_TRUE(glIsEnabled(on)) << on;
+    GLboolean depthWrites = GL_TRUE;
+    glGetBooleanv(GL_DEPTH_WRITEMASK, &depthWrites);
+    EXPECT_FALSE(depthWrites);
+    for (int unit = 0; unit < kTextureUnits; ++unit) {
+      glActiveTexture(GL_TEXTURE0 + unit);
+      EXPECT_EQ(unit < 2, (bool)glIsEnabled(GL_TEXTURE_2D)) << unit;
+    }
+    glActiveTexture(GL_TEXTURE0);
+    long calls = gGraphicsStateGLCalls;
+    TOKASetGraphicsState(1, 2, 1, 1, 1, 1, 0);
+    EXPECT_EQ(calls, gGraphicsStateGLCalls);
+    TOKASetGraphicsState(1, 2, 1, 1, 0, 1, 0);
+    EXPECT_EQ(calls + 1, gGraphicsStateGLCalls);
+    EXPECT_FALSE(glIsEnabled(GL_BLEND));
+
+    // Texture numbers are GL's: reserved, so that GL hands them out no more.
+    int numbers[3];
+    TOKAGenerateTextureNumbers(numbers, 3);
+    GLuint next = 0;
+    glGenTextures(1, &next);
+    std::set<int> all = {numbers[0], numbers[1], numbers[2], (int)next, TOKAGetTexture(0),
+                         TOKAGetTexture(1)};
+    EXPECT_EQ(6u, all.size());
+    EXPECT_EQ(0u, all.count(0));
+    EXPECT_TRUE(glIsTexture(TOKAGetTexture(0)) && glIsTexture(TOKAGetTexture(1)));
+    TOKABindTexture2d(numbers[1], 1);
+    GLint active = 0, bound = 0;
+    glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
+    EXPECT_EQ(GL_TEXTURE0, active);
+    glActiveTexture(GL_TEXTURE1);
+    glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+    glActiveTexture(GL_TEXTURE0);
+    EXPECT_EQ(numbers[1], bound);
+  });
+  EXPECT_TRUE(ran);
+}
+
+int Sabotage(int, int, void*) {
+  // Behind the graphics state's back, as careless plugins do.
+  glEnable(GL_SCISSOR_TEST);
+  glScissor(0, 0, 1, 1);
+  glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_TRUE);
+  glEnable(GL_BLEND);
+  glBlendFunc(GL_ZERO, GL_ZERO);
+  glEnable(GL_TEXTURE_2D);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glScaled(0.1, 0.1, 0.1);
+  glColor3ub(1, 2, 3);
+  return 1;
+}
+
+int PointAtTheUsersAircraft(int, int, void*) {
+  double x, y, z;
+  WorldToLocalPoint(gAircraft[0].latitude, gAircraft[0].longitude, gAircraft[0].elevation, x, y, z);
+  glPointSize(9);
+  glColor3ub(255, 0, 0);
+  glBegin(GL_POINTS);
+  glVertex3d(x, y, z);
+  glEnd();
+  glPointSize(1);
+  return 1;
+}
+
+int SquareOnThePanel(int, int, void*) {
+  glColor3ub(0, 0, 255);
+  glRecti(10, 20, 20, 30);
+  return 1;
+}
+
+// Plugins draw with the simulator's projections: the world in the camera's
+// view (a point at the user's aircraft lands on its marker), the panel in
+// screen coordinates; whatever state one leaves, the host's own drawing is
+// whole.
+TEST_F(HelloScreenshot, PluginsDrawWithTheSimulatorsProjectionsAndCannotSpoilTheHostsDrawing) {
+  std::string error;
+  ASSERT_TRUE(StartHost(options, error)) << error;
+  running = true;
+  RunAs(TOKAFindPluginBySignature("test.tester"), [&] {
+    TOKARegisterDrawCallback(Sabotage, 5, 1, nullptr);               // before the sky
+    TOKARegisterDrawCallback(PointAtTheUsersAircraft, 20, 0, nullptr);  // after the aircraft
+    TOKARegisterDrawCallback(SquareOnThePanel, 40, 0, nullptr);      // after the panel
+  });
+  RunFrame();
+  const Marker* user = nullptr;
+  for (const Marker& marker : gMarkers)
+    if (marker.kind == 'A' && marker.index == 0) user = &marker;
+  ASSERT_TRUE(user && user->onScreen);
+  EXPECT_EQ(0xFF0000u, PixelAt(user->screenX, user->screenY));
+  EXPECT_EQ(0x0000FFu, PixelAt(15, 25));
+  EXPECT_EQ(0x0000FFu, PixelAt(10, 20));
+  EXPECT_NE(0x0000FFu, PixelAt(20, 30));
+  // The sky across the top row, and the status line's first dot ("f").
+  std::vector<uint32_t> screen = ReadScreen();
+  for (int x = 0; x < gConfig.screenWidth; ++x) ASSERT_EQ(0x5A7FB0u, screen[x]) << x;
+  EXPECT_EQ(0xFFFFFFu, PixelAt(4, 9));
+}
+
+}  // namespace
