@@ -10,5 +10,6 @@ double gRunningTime = 0;
 double gFlightTime = 0;
 bool gPaused = false;
 bool gQuitRequested = false;
+double gSecondsBehind = 0;
 
 }  // namespace toka_host

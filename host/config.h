@@ -26,6 +26,9 @@ extern double gRunningTime;   // seconds since start, what slot 14 answers
 extern double gFlightTime;    // seconds the simulation ran unpaused
 extern bool gPaused;
 extern bool gQuitRequested;
+// How far a run paced in real time (--window, --watch) is behind it, in
+// seconds; 0 when it keeps up or is not paced. The status line shows it.
+extern double gSecondsBehind;
 
 }  // namespace toka_host
 

@@ -6,14 +6,22 @@
 
 #include <unistd.h>
 
+#include <pthread.h>
+#include <signal.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "host/commands.h"
 #include "host/config.h"
 #include "host/datarefs.h"
 #include "host/library.h"
+#include "host/live/menu_bar.h"
+#include "host/live/watch.h"
+#include "host/live/window.h"
 #include "host/menus.h"
 #include "host/output.h"
 #include "host/render/gl.h"
@@ -61,6 +69,7 @@ void ResetWorld(const HostConfig& config) {
   gRunningTime = gFlightTime = 0;
   gPaused = false;
   gQuitRequested = false;
+  gSecondsBehind = 0;
   ClearHostLog();
   ResetServiceCallCounts();
   ResetEvents();
@@ -70,6 +79,7 @@ void ResetWorld(const HostConfig& config) {
   ResetTerrain();
   ResetScreen();
   ResetMenus();
+  ResetMenuBar();
   ResetCommands();
   ResetObjects();
   ResetFms();
@@ -140,6 +150,7 @@ void RunFrame() {
     PrepareDrawingCode(code);
     if (gLibrary.DoDrawingHook(code, 0)) DrawHostPhase(code);
   }
+  DrawMenuBar();
   EndFrame();
   RunScenarioChecks(gFrame);
 }
@@ -155,19 +166,88 @@ void StopHost() {
   CloseTrace();
 }
 
+namespace {
+
+bool gEndRequested = false;
+
+sigset_t EndSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  return signals;
+}
+
+// Frame k of a paced run starts k steps after the first; a frame that
+// starts late is not waited for, and the lag is shown.
+class Pacer {
+public:
+  explicit Pacer(bool paced) : mPaced(paced), mStart(std::chrono::steady_clock::now()) {}
+  void WaitForFrame(int frame) {
+    if (!mPaced) return;
+    auto due = mStart + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                            std::chrono::duration<double>(frame * gConfig.step));
+    auto now = std::chrono::steady_clock::now();
+    if (now < due) std::this_thread::sleep_until(due);
+    double behind = std::chrono::duration<double>(now - due).count();
+    gSecondsBehind = behind > gConfig.step ? behind : 0;
+  }
+
+private:
+  bool mPaced;
+  std::chrono::steady_clock::time_point mStart;
+};
+
+}  // namespace
+
+// The signals are blocked before the GL driver starts its threads, which
+// inherit the mask, and taken between frames: no thread is ever interrupted
+// in the middle of the driver's work (under an emulator an interrupted wait
+// there aborts the process).
+void EndRunOnSignals() {
+  gEndRequested = false;
+  sigset_t signals = EndSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+bool RunEndRequested() {
+  sigset_t signals = EndSignals();
+  timespec now = {0, 0};
+  if (!gEndRequested && sigtimedwait(&signals, nullptr, &now) > 0) gEndRequested = true;
+  return gEndRequested || gQuitRequested;
+}
+
+void EndRun() { gEndRequested = true; }
+
 int RunHost(const HostOptions& options) {
   std::string error;
+  EndRunOnSignals();
+  // Without a display there is nothing to run in: no plugin starts.
+  if (options.window && !OpenWindow(options, error)) {
+    std::fprintf(stderr, "toka-host: %s\n", error.c_str());
+    return kCannotRunStatus;
+  }
   if (!StartHost(options, error)) {
     std::fprintf(stderr, "toka-host: %s\n", error.c_str());
     CloseTrace();
+    CloseWindow();
     return kCannotRunStatus;
   }
+  if (options.watch) WatchPlugins();
   // Steps of frame 0 see the plugins just started.
   RunScenarioActions(0);
   RunScenarioChecks(0);
-  for (int frame = 0; frame < options.frames && !gQuitRequested; ++frame) RunFrame();
+  Pacer pacer(options.window || options.watch);
+  for (int frame = 0; frame < options.frames && !RunEndRequested(); ++frame) {
+    pacer.WaitForFrame(frame);
+    if (options.window) TakeWindowInput();
+    RunFrame();
+    if (options.window) ShowFrame();
+    if (options.watch) ReloadRebuiltPlugins();
+  }
   FinishScenario(gFrame);
   StopHost();
+  CloseWindow();
   int failures = ScenarioFailures(), steps = ScenarioStepCount();
   if (failures)
     std::fprintf(stderr, "toka-host: %d of %d steps failed\n", failures, steps);

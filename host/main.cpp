@@ -6,9 +6,12 @@
 #include <cstring>
 #include <string>
 
+#include "host/live/probe.h"
 #include "host/run.h"
 
 int main(int argc, char** argv) {
+  // --watch asks a child of its own whether a rebuilt plugin loads.
+  if (toka_host::IsPluginProbe(argc, argv)) toka_host::ProbePlugin(argv[2], argv[4]);
   for (int i = 1; i < argc; ++i)
     if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
       std::fputs(toka_host::HostUsage().c_str(), stdout);

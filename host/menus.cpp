@@ -204,6 +204,47 @@ bool PickMenuItem(const std::string& path) {
   return true;
 }
 
+namespace {
+
+// The menu a path of names opens, each name an item that opens a menu; -1
+// when there is none.
+int MenuOpenedBy(const std::string& path) {
+  int menu = kMenuBar;
+  for (size_t start = 0; !path.empty() && start <= path.size();) {
+    size_t end = path.find('/', start);
+    if (end == std::string::npos) end = path.size();
+    HostMenu* record = MenuOf(menu);
+    if (!record) return -1;
+    int next = -1;
+    for (const MenuItem& item : record->items)
+      if (item.name == path.substr(start, end - start) && item.submenu != -1) next = item.submenu;
+    if (next == -1) return -1;
+    menu = next;
+    start = end + 1;
+  }
+  return menu;
+}
+
+}  // namespace
+
+std::vector<ShownMenuItem> MenuItemsAt(const std::string& path) {
+  std::vector<ShownMenuItem> items;
+  int menu = MenuOpenedBy(path);
+  HostMenu* record = menu == -1 ? nullptr : MenuOf(menu);
+  for (size_t i = 0; record && i < record->items.size(); ++i) {
+    const MenuItem& item = record->items[i];
+    if (item.name.empty()) continue;  // cleared by the library: not shown
+    ShownMenuItem shown{item.name, item.name == "-", item.submenu != -1, -1, true};
+    if (menu != kMenuBar) {
+      if (gLibrary.CheckMenuHook && gLibrary.CheckMenuHook(menu, (int)i, &shown.checked) != 0)
+        shown.checked = -1;
+      shown.enabled = IsEnabled(menu, (int)i);
+    }
+    items.push_back(shown);
+  }
+  return items;
+}
+
 bool MenuItemState(const std::string& path, int& checked, bool& enabled) {
   int menu, index;
   if (!FindPickableItem(path, menu, index)) return false;

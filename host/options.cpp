@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <sstream>
 
 #include "host/config.h"
@@ -67,6 +68,14 @@ std::string HostUsage() {
          "                          (gl, the default), or draw nothing: the plugins and\n"
          "                          their draw callbacks run, their GL calls find no\n"
          "                          context; no screenshots or pixel expectations\n"
+         "  --window                show every frame in a window, paced in real time, and\n"
+         "                          take the user's mouse and keys as scenario steps;\n"
+         "                          without --frames or --seconds the run goes on until\n"
+         "                          the window is closed (or SIGINT, SIGTERM)\n"
+         "  --record FILE           with --window: write what the user did to FILE as\n"
+         "                          scenario steps at their frames, to replay headless\n"
+         "  --watch                 reload the plugins when one of their files is rebuilt;\n"
+         "                          paces the run in real time\n"
          "  --scenario FILE         run the steps of a scenario file (see the README):\n"
          "                          input, simulator events and expectations, frame by\n"
          "                          frame; the exit status is the number of failed steps\n"
@@ -90,8 +99,8 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     };
     std::string text;
     HostConfig& config = options.config;
-    if (arg == "--print-menus") {
-      options.printMenus = true;
+    if (arg == "--print-menus" || arg == "--window" || arg == "--watch") {
+      (arg == "--print-menus" ? options.printMenus : arg == "--window" ? options.window : options.watch) = true;
       continue;
     }
     if (!value(text)) return false;
@@ -133,6 +142,9 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     } else if (arg == "--render") {
       good = text == "gl" || text == "none";
       options.render = text == "gl";
+    } else if (arg == "--record") {
+      good = !text.empty();
+      options.record = text;
     } else if (arg == "--scenario") {
       good = !text.empty() && options.scenario.empty();
       options.scenario = text;
@@ -176,8 +188,16 @@ bool LoadScenario(HostOptions& options, std::string& error) {
     // The file's steps come first at a frame, then those of --at.
     options.steps.insert(options.steps.begin(), steps.begin(), steps.end());
   }
+  if (!options.record.empty() && !options.window) {
+    error = "toka-host: --record needs --window";
+    return false;
+  }
   if (!options.render) {
     // Refused before the run rather than failing at its end.
+    if (options.window) {
+      error = "toka-host: --window needs --render gl";
+      return false;
+    }
     const char* refusal = "toka-host: --render none draws no pictures: ";
     if (!options.screenshot.empty()) {
       error = refusal + std::string("--screenshot needs --render gl");
@@ -193,6 +213,9 @@ bool LoadScenario(HostOptions& options, std::string& error) {
     options.frames = 0;
     for (const ScenarioStep& step : options.steps) options.frames = std::max(options.frames, step.frame);
   }
+  // A live run goes on until the window is closed or a signal ends it.
+  if (!options.lengthGiven && (options.window || options.watch))
+    options.frames = std::numeric_limits<int>::max();
   return true;
 }
 

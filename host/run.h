@@ -19,6 +19,9 @@ struct HostOptions {
   std::string trace;       // trace file, or none
   std::string screenshot;  // picture of the last frame, or none
   bool render = true;      // --render gl; false: --render none, nothing is drawn
+  bool window = false;     // --window: frames shown in a window, the user's input taken
+  std::string record;      // --record FILE: the user's input written as scenario steps
+  bool watch = false;      // --watch: plugins reloaded when their files are rebuilt
   bool printMenus = false;
   std::string scenario;    // the scenario file, or none
   std::vector<ScenarioStep> steps;  // its steps, then those of --at
@@ -49,6 +52,13 @@ void ResetWorld(const HostConfig& config);
 bool StartHost(const HostOptions& options, std::string& error);
 void RunFrame();
 void StopHost();
+// SIGINT and SIGTERM end a run as its last frame would: the frame under way
+// finishes, then the plugins are stopped and everything written is complete.
+// The calling thread, and every thread it starts after, holds them blocked:
+// a child process the host starts must unblock them itself.
+void EndRunOnSignals();
+bool RunEndRequested();
+void EndRun();  // the same from within: the window was closed
 // The whole run: start, the frames, stop. The process's exit status.
 int RunHost(const HostOptions& options);
 

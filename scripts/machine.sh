@@ -54,3 +54,13 @@ register_32bit_emulator() {
   local mask='\xff\xff\xff\xff\xff\xfe\xfe\x00\xff\xff\xff\xff\xff\xff\xff\xff\xfe\xff\xff\xff'
   echo ":$TOKA_BINFMT_NAME:M::$magic:$mask:$TOKA_QEMU_I386:F" >"$TOKA_BINFMT_DIR/register"
 }
+
+# Runs a command with an X server for the window tests: a virtual one of
+# Xvfb, unless the machine has a display.
+with_display() {
+  if [ -z "${DISPLAY:-}" ] && command -v xvfb-run >/dev/null; then
+    xvfb-run -a -s "-screen 0 1280x1024x24" "$@"
+  else
+    "$@"
+  fi
+}

@@ -10,6 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
+source scripts/machine.sh
 build=build/mutants64
 list=tests/mutants.txt
 pattern=${1:-}
@@ -64,7 +65,7 @@ run_fault() {
     return 0
   fi
   local failed
-  failed=$(cd "$build" && ctest -j "$(nproc 2>/dev/null || echo 2)" --timeout 60 --stop-on-failure 2>&1 |
+  failed=$(cd "$build" && with_display ctest -j "$(nproc 2>/dev/null || echo 2)" --timeout 60 --stop-on-failure 2>&1 |
     sed -n 's/^[[:space:]]*[0-9]* - \(.*\) (.*)$/\1/p' | paste -sd, - || true)
   restore
   if [ -n "$failed" ]; then

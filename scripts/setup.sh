@@ -9,13 +9,16 @@ source scripts/machine.sh
 
 # Native (64-bit) and 32-bit toolchains, test and benchmark libraries. The
 # reference host draws through OpenGL in an offscreen EGL context (Mesa's
-# software rasteriser, so no graphics card is needed) and writes its pictures
-# with a header-only encoder (libstb-dev); GL and EGL come in both
-# architectures because the 32-bit host and plugins draw too.
+# software rasteriser, so no graphics card is needed), shows its frames in a
+# window through GLFW and writes its pictures with a header-only encoder
+# (libstb-dev); GL, EGL and GLFW come in both architectures because the
+# 32-bit host and plugins draw too. The window tests run under Xvfb, with
+# xdotool as the user.
 packages=(g++-multilib cmake make binutils pkg-config libstb-dev
   libgtest-dev libbenchmark-dev libgtest-dev:i386 libbenchmark-dev:i386
-  libegl-dev libgl-dev libegl-mesa0 libgl1-mesa-dri
-  libegl-dev:i386 libgl-dev:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386)
+  libegl-dev libgl-dev libegl-mesa0 libgl1-mesa-dri libglfw3-dev
+  libegl-dev:i386 libgl-dev:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libglfw3-dev:i386
+  xvfb xauth xdotool)
 
 SUDO=""
 [ "$(id -u)" -ne 0 ] && SUDO="sudo"

@@ -25,7 +25,7 @@ run_suite() {
   # A build that fails counts as one failure.
   cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Debug "$@" >/dev/null || { failed=$((failed + 1)); return 1; }
   cmake --build "$dir" -j "$jobs" || { failed=$((failed + 1)); return 1; }
-  (cd "$dir" && ctest --output-on-failure --no-tests=error -j "$jobs" --timeout 120) |
+  (cd "$dir" && with_display ctest --output-on-failure --no-tests=error -j "$jobs" --timeout 120) |
     tee "$dir/ctest.log" || status=$?
   local counts
   counts=$(sed -n 's/.* tests passed, \([0-9]*\) tests failed out of \([0-9]*\)$/\1 \2/p' "$dir/ctest.log")

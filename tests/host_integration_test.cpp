@@ -76,6 +76,7 @@ protected:
     Events().clear();
     options.config.root = tree.root();
     options.library = TOKA_LIBRARY_FILE;
+    options.render = false;  // the drawing test asks for pixels
     tester = &AddPlugin("Resources/plugins/tester.orv", "tester");
   }
   void TearDown() override {
@@ -680,6 +681,7 @@ void DrawGreeting(TOKAWindowID window, void*) {
 TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem) {
   options.config.screenWidth = 320;
   options.config.screenHeight = 240;
+  options.render = true;
   At(1, "click 50 80");
   At(1, "click 300 200");
   Start();

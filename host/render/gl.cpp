@@ -166,6 +166,10 @@ bool Rendering() { return gDrawing; }
 
 void StopRendering() { gDrawing = false; }
 
+void MakeRendererCurrent() {
+  if (gSurface != EGL_NO_SURFACE) gEGL.MakeCurrent(gDisplay, gSurface, gSurface, gContext);
+}
+
 std::string RendererName() {
   if (!Rendering()) return "none";
   return std::string((const char*)gGL.GetString(GL_VERSION)) + " | " +

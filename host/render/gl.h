@@ -22,7 +22,7 @@ namespace toka_host {
   X(DepthMask) X(Disable) X(Enable) X(End) X(Finish) X(Flush) X(Frustum) X(GenTextures)              \
   X(GetIntegerv) X(GetString) X(LoadIdentity) X(MatrixMode) X(Ortho) X(PixelStorei)         \
   X(PopMatrix) X(PushMatrix) X(ReadPixels) X(Rotated) X(Scissor) X(TexCoord2f)              \
-  X(TexEnvi) X(TexImage2D) X(TexParameteri) X(Translated) X(UseProgram) X(Vertex2f)         \
+  X(TexEnvi) X(TexImage2D) X(TexParameteri) X(TexSubImage2D) X(Translated) X(UseProgram) X(Vertex2f)         \
   X(Vertex2i) X(Viewport)
 
 struct GLFunctions {
@@ -41,6 +41,8 @@ bool OpenRenderer(int width, int height, std::string& error);
 bool Rendering();
 // A run that draws nothing (--render none) in a process that has a context.
 void StopRendering();
+// The context current again after another one was (a window's).
+void MakeRendererCurrent();
 // The driver's description, "VERSION | RENDERER".
 std::string RendererName();
 

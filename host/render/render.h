@@ -48,6 +48,8 @@ bool ProjectToScreen(double x, double y, double z, double& screenX, double& scre
 void BeginScreenCoordinates();
 void EndScreenCoordinates();
 void DrawRectangle(int left, int bottom, int right, int top);
+// Three quarters of the way to black, through the graphics state.
+void DrawDarkBox(int left, int bottom, int right, int top);
 // Text in a built-in font (0: 6 x 10 pixels, 1: 12 x 20), placed by its
 // baseline's left end; broken at newlines and at wrapWidth pixels (0: never).
 void DrawText(const float* rgb, int x, int y, const std::string& text, int wrapWidth, int font);

@@ -123,9 +123,10 @@ void DrawTrafficMarkers() {
 }
 
 void DrawStatusLine() {
-  char status[128];
-  std::snprintf(status, sizeof status, "frame %d  %.1f s%s", gFrame, gRunningTime,
-                gPaused ? "  paused" : "");
+  char status[128], behind[48] = "";
+  if (gSecondsBehind > 0) std::snprintf(behind, sizeof behind, "  %.1f s behind real time", gSecondsBehind);
+  std::snprintf(status, sizeof status, "frame %d  %.1f s%s%s", gFrame, gRunningTime,
+                gPaused ? "  paused" : "", behind);
   float white[3] = {1, 1, 1};
   DrawText(white, 4, 4, status, 0, 0);
 }

@@ -110,16 +110,7 @@ int GetTexture(int textureID) {
 }
 
 void DrawTranslucentDarkBox(int left, int top, int right, int bottom) {
-  if (!Rendering() || right <= left || top <= bottom) return;
-  // Three quarters of the way to black: text on it stays readable whatever
-  // lies behind.
-  const int state[7] = {0, 0, 0, 0, 1, 0, 0};
-  SetGraphicsState(state, false);
-  gGL.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-  gGL.Color4f(0, 0, 0, 0.75f);
-  BeginScreenCoordinates();
-  DrawRectangle(left, bottom, right, top);
-  EndScreenCoordinates();
+  DrawDarkBox(left, bottom, right, top);
 }
 
 void DrawString(float* rgb, int x, int y, const char* text, int* wordWrapWidth, int font) {
@@ -188,6 +179,19 @@ void SetGraphicsState(const int state[7], bool force) {
   }
   std::memcpy(gGraphicsState, state, sizeof gGraphicsState);
   gGraphicsStateKnown = true;
+}
+
+void DrawDarkBox(int left, int bottom, int right, int top) {
+  if (!Rendering() || right <= left || top <= bottom) return;
+  // Three quarters of the way to black: text on it stays readable whatever
+  // lies behind.
+  const int state[7] = {0, 0, 0, 0, 1, 0, 0};
+  SetGraphicsState(state, false);
+  gGL.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  gGL.Color4f(0, 0, 0, 0.75f);
+  BeginScreenCoordinates();
+  DrawRectangle(left, bottom, right, top);
+  EndScreenCoordinates();
 }
 
 void FontCell(int font, int& width, int& height) {

@@ -11,7 +11,7 @@ namespace toka_host {
 // Expectations and output come last: IsCheck tells them by their place.
 enum class StepKind {
   // input
-  Key, Click, Drag, Scroll, Move,
+  Key, Click, Drag, Scroll, Move, Press, Release,
   // the simulator
   Menu, Command, SetDataRef, AircraftLoad, AircraftUnload, SceneryLoad, Message, CameraRelease,
   Pause, Airport,
@@ -62,6 +62,15 @@ void NoteFrameStart();                // host calls are counted per frame
 void FinishScenario(int lastFrame);   // steps the run never reached fail
 int ScenarioFailures();
 int ScenarioStepCount();
+
+// What the user does in the window (--window) arrives as steps of the frame
+// about to run, written as a scenario would write them, and runs exactly as
+// theirs would; their failures are shown but not counted. With a recording
+// open each is written to it, under the "at" of its frame, as it is added.
+constexpr const char* kLiveStepWhere = "window";
+void AddLiveStep(const ScenarioStep& step);
+bool StartRecording(const std::string& file, std::string& error);
+void StopRecording();
 
 }  // namespace toka_host
 

@@ -289,6 +289,8 @@ bool ParseStep(StepReader& in, ScenarioStep& step) {
       {"drag", StepKind::Drag, {"X", "Y", "the X to drag to", "the Y to drag to"}},
       {"scroll", StepKind::Scroll, {"X", "Y", "a number of clicks"}},
       {"move", StepKind::Move, {"X", "Y"}},
+      {"press", StepKind::Press, {"X", "Y"}},
+      {"release", StepKind::Release, {"X", "Y"}},
   };
   for (const auto& mouse : kMouseSteps) {
     if (first != mouse.word) continue;

@@ -32,6 +32,8 @@ std::vector<ScenarioStep> gSteps;
 std::vector<bool> gReached;
 int gFailures = 0;
 bool gDragging = false;  // the button is down since a drag of the previous frame
+FILE* gRecording = nullptr;
+int gRecordedFrame = -1;  // the frame of the last "at" written
 constexpr int kSlotCount = 71;
 long gCallsAtFrameStart[kSlotCount];
 
@@ -53,7 +55,7 @@ std::string Number(double value) {
 std::string Point(int x, int y) { return "(" + std::to_string(x) + ", " + std::to_string(y) + ")"; }
 
 void Fail(const ScenarioStep& step, const std::string& expected, const std::string& found) {
-  ++gFailures;
+  if (step.where != kLiveStepWhere) ++gFailures;
   std::fprintf(stderr, "%s: frame %d: %s\n  expected: %s\n  found:    %s\n", step.where.c_str(),
                step.frame, step.text.c_str(), expected.c_str(), found.c_str());
   std::fflush(stderr);
@@ -284,6 +286,13 @@ void Act(const ScenarioStep& step) {
       gLibrary.ScrollWheelHook(gMouseX, gMouseY, 0, n[2]);
       break;
     case StepKind::Move: gMouseX = n[0], gMouseY = n[1]; break;
+    // A button held over several frames: the library sends the drags where
+    // the mouse is when each frame is drawn.
+    case StepKind::Press:
+    case StepKind::Release:
+      gMouseX = n[0], gMouseY = n[1];
+      gLibrary.MouseClickHook(gMouseX, gMouseY, step.kind == StepKind::Press ? 1 : 0);
+      break;
     case StepKind::Menu: PickMenu(step); break;
     case StepKind::Command: RunCommand(step); break;
     case StepKind::SetDataRef: SetDataRef(step); break;
@@ -458,6 +467,19 @@ void RunScenarioChecks(int frame) {
       gReached[i] = true;
       Check(gSteps[i]);
     }
+  // The user's steps are done with once their frame is: a long session in
+  // the window must not make every frame walk all it ever did.
+  size_t kept = 0;
+  for (size_t i = 0; i < gSteps.size(); ++i) {
+    if (gSteps[i].where == kLiveStepWhere && gSteps[i].frame <= frame) continue;
+    if (kept != i) {
+      gSteps[kept] = std::move(gSteps[i]);
+      gReached[kept] = gReached[i];
+    }
+    ++kept;
+  }
+  gSteps.resize(kept);
+  gReached.resize(kept);
 }
 
 void FinishScenario(int lastFrame) {
@@ -469,6 +491,37 @@ void FinishScenario(int lastFrame) {
 }
 
 int ScenarioFailures() { return gFailures; }
-int ScenarioStepCount() { return (int)gSteps.size(); }
+
+int ScenarioStepCount() {
+  return (int)std::count_if(gSteps.begin(), gSteps.end(),
+                            [](const ScenarioStep& step) { return step.where != kLiveStepWhere; });
+}
+
+void AddLiveStep(const ScenarioStep& step) {
+  gSteps.push_back(step);
+  gReached.push_back(false);
+  if (!gRecording) return;
+  if (step.frame != gRecordedFrame) std::fprintf(gRecording, "at %d\n", step.frame);
+  gRecordedFrame = step.frame;
+  std::fprintf(gRecording, "%s\n", step.text.c_str());
+  // Complete after every step: a run that ends by a signal loses nothing.
+  std::fflush(gRecording);
+}
+
+bool StartRecording(const std::string& file, std::string& error) {
+  gRecording = std::fopen(file.c_str(), "w");
+  if (!gRecording) {
+    error = "cannot write the recording to " + file;
+    return false;
+  }
+  std::fprintf(gRecording, "# What the user did in toka-host's window, frame by frame.\n");
+  gRecordedFrame = -1;
+  return true;
+}
+
+void StopRecording() {
+  if (gRecording) std::fclose(gRecording);
+  gRecording = nullptr;
+}
 
 }  // namespace toka_host
