@@ -76,6 +76,8 @@ TEST_F(HostRun, StartUpLoadsAircraftAndSceneryPluginsAndTellsEveryPlugin) {
   };
   AddPlugin("Aircraft/Trainer/plugins/avionics/lin.orv", "avionics");
   AddPlugin("Custom Scenery/Alps/plugins/lights/lin.orv", "lights");
+  // Where "Custom Scenery/.." would be a package: no plugin loads from here.
+  AddPlugin("plugins/stray/lin.orv", "stray");
   Start(Options());
 
   EXPECT_EQ(tree.root() + "Aircraft/Trainer/trainer.acf", model);
@@ -219,6 +221,12 @@ TEST_F(HostRun, EachFrameRunsTheSimulatorsStepsInOrderWithAFixedStep) {
   RunFrame();
   EXPECT_EQ("event 12", gHookCalls.at(0));
   EXPECT_EQ("event 6", gHookCalls.at(1));
+  // A scan finds no package it has not loaded yet: the folder holds only
+  // Alps (and its own "." and "..").
+  HostServices()->ReloadScenery();
+  gHookCalls.clear();
+  RunFrame();
+  EXPECT_EQ("event 6", gHookCalls.at(0));
   StopHost();
 }
 

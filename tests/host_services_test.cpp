@@ -217,6 +217,8 @@ TEST_F(ServiceGroups, TextIsDrawnWithinTheMetricsTheFontReports) {
   for (int font : {0, 1}) {
     int width, height, digitsOnly;
     services->GetFontDimensions(font, &width, &height, &digitsOnly);
+    // The cells plugin authors are promised: 6 x 10 pixels, and twice that.
+    EXPECT_EQ(font ? std::make_pair(12, 20) : std::make_pair(6, 10), std::make_pair(width, height));
     const char* text = "M_|gM";
     float measured = services->MeasureString(font, text, 5);
     EXPECT_EQ(measured, services->MeasureString(font, text, 50));  // stops at the end
