@@ -371,6 +371,8 @@ int Sabotage(int, int, void*) {
   glLoadIdentity();
   glScaled(0.1, 0.1, 0.1);
   glColor3ub(1, 2, 3);
+  glPixelStorei(GL_PACK_ROW_LENGTH, 3);
+  glPixelStorei(GL_PACK_SKIP_PIXELS, 5);
   return 1;
 }
 
@@ -394,8 +396,8 @@ int SquareOnThePanel(int, int, void*) {
 
 // Plugins draw with the simulator's projections: the world in the camera's
 // view (a point at the user's aircraft lands on its marker), the panel in
-// screen coordinates; whatever state one leaves, the host's own drawing is
-// whole.
+// screen coordinates; whatever state one leaves, the host's own drawing and
+// its pictures of the frame are whole.
 TEST_F(HelloScreenshot, PluginsDrawWithTheSimulatorsProjectionsAndCannotSpoilTheHostsDrawing) {
   std::string error;
   ASSERT_TRUE(StartHost(options, error)) << error;

@@ -248,8 +248,7 @@ void ShowFrame() {
   if (!gWindow) return;
   int width = gConfig.screenWidth, height = gConfig.screenHeight;
   gPixels.resize((size_t)width * height * 4);
-  gGL.BindFramebuffer(GL_FRAMEBUFFER, 0);
-  gGL.PixelStorei(GL_PACK_ALIGNMENT, 1);
+  PrepareReadBack();
   gGL.ReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, gPixels.data());
   glfwMakeContextCurrent(gWindow);
   if (!gFrameTexture) SetUpFrameTexture(width, height);

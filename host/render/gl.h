@@ -17,7 +17,7 @@ namespace toka_host {
 // Every GL function the host calls, resolved once the context exists; all
 // null while there is none.
 #define TOKA_HOST_GL_FUNCTIONS(X)                                                           \
-  X(ActiveTexture) X(AlphaFunc) X(Begin) X(BindFramebuffer) X(BindTexture) X(BlendFunc)     \
+  X(ActiveTexture) X(AlphaFunc) X(Begin) X(BindBuffer) X(BindFramebuffer) X(BindTexture) X(BlendFunc)     \
   X(Clear) X(ClearColor) X(Color4f) X(ColorMask) X(DeleteTextures) X(DepthFunc)             \
   X(DepthMask) X(Disable) X(Enable) X(End) X(Finish) X(Flush) X(Frustum) X(GenTextures)              \
   X(GetIntegerv) X(GetString) X(LoadIdentity) X(MatrixMode) X(Ortho) X(PixelStorei)         \

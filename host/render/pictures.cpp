@@ -50,13 +50,22 @@ std::string Beside(const std::string& file, const std::string& what) {
 
 }  // namespace
 
+void PrepareReadBack() {
+  // Whatever a plugin left bound or set for its own reads.
+  gGL.BindFramebuffer(GL_FRAMEBUFFER, 0);
+  gGL.BindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+  gGL.PixelStorei(GL_PACK_ALIGNMENT, 1);
+  gGL.PixelStorei(GL_PACK_ROW_LENGTH, 0);
+  gGL.PixelStorei(GL_PACK_SKIP_ROWS, 0);
+  gGL.PixelStorei(GL_PACK_SKIP_PIXELS, 0);
+}
+
 std::vector<uint32_t> ReadScreen() {
   int width = gConfig.screenWidth, height = gConfig.screenHeight;
   std::vector<uint32_t> pixels((size_t)width * height, 0);
   if (!Rendering()) return pixels;
   std::vector<uint8_t> rgba(pixels.size() * 4);
-  gGL.BindFramebuffer(GL_FRAMEBUFFER, 0);
-  gGL.PixelStorei(GL_PACK_ALIGNMENT, 1);
+  PrepareReadBack();
   gGL.ReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
   // GL's rows run from the bottom, a picture's from the top.
   for (int y = 0; y < height; ++y)
@@ -71,7 +80,7 @@ uint32_t PixelAt(int x, int y) {
   if (!Rendering() || x < 0 || y < 0 || x >= gConfig.screenWidth || y >= gConfig.screenHeight)
     return 0;
   uint8_t p[4] = {0, 0, 0, 0};
-  gGL.BindFramebuffer(GL_FRAMEBUFFER, 0);
+  PrepareReadBack();
   gGL.ReadPixels(x, y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, p);
   return (uint32_t)p[0] << 16 | p[1] << 8 | p[2];
 }

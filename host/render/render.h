@@ -85,6 +85,8 @@ void FontTextureCell(unsigned char c, int& left, int& bottom);
 
 // ---- pictures of the frame -------------------------------------------------
 
+// Reads of the frame: its own framebuffer, tightly packed into memory.
+void PrepareReadBack();
 // Pixels as 0xRRGGBB; all black without a context.
 uint32_t PixelAt(int x, int y);  // screen coordinates, y up
 std::vector<uint32_t> ReadScreen();  // row 0 at the top, as pictures have it
