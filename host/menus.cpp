@@ -155,30 +155,41 @@ std::string MenuTreeText() {
 
 namespace {
 
-// Follows a path of names from the menu bar to an item that opens no menu.
-MenuItem* FindPickableItem(const std::string& path, int& menu, int& index) {
-  menu = kMenuBar;
-  MenuItem* item = nullptr;
-  size_t start = 0;
-  while (start <= path.size()) {
+// The first item of a menu with the name; -1 when there is none. A path
+// names the first of items of the same name.
+int ItemNamed(const HostMenu& menu, const std::string& name) {
+  for (size_t i = 0; i < menu.items.size(); ++i)
+    if (menu.items[i].name == name) return (int)i;
+  return -1;
+}
+
+// The menu a path of names opens ("" for the menu bar), each name an item
+// that opens a menu; -1 when there is none.
+int MenuOpenedBy(const std::string& path) {
+  int menu = kMenuBar;
+  for (size_t start = 0; !path.empty() && start <= path.size();) {
     size_t end = path.find('/', start);
     if (end == std::string::npos) end = path.size();
-    std::string name = path.substr(start, end - start);
-    HostMenu* record = item ? MenuOf(item->submenu) : MenuOf(menu);
-    if (item) menu = item->submenu;
-    if (!record) return nullptr;
-    item = nullptr;
-    for (size_t i = 0; i < record->items.size(); ++i)
-      if (record->items[i].name == name) {
-        item = &record->items[i];
-        index = (int)i;
-        break;
-      }
-    if (!item) return nullptr;
+    HostMenu* record = MenuOf(menu);
+    int index = record ? ItemNamed(*record, path.substr(start, end - start)) : -1;
+    if (index < 0) return -1;
+    menu = record->items[index].submenu;
+    if (menu == -1) return -1;
     start = end + 1;
   }
-  if (!item || item->submenu != -1 || menu == kMenuBar) return nullptr;
-  return item;
+  return menu;
+}
+
+// Follows a path of names from the menu bar to an item that opens no menu,
+// in a menu below the bar.
+MenuItem* FindPickableItem(const std::string& path, int& menu, int& index) {
+  size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return nullptr;
+  menu = MenuOpenedBy(path.substr(0, slash));
+  HostMenu* record = menu == kMenuBar || menu == -1 ? nullptr : MenuOf(menu);
+  index = record ? ItemNamed(*record, path.substr(slash + 1)) : -1;
+  if (index < 0 || record->items[index].submenu != -1) return nullptr;
+  return &record->items[index];
 }
 
 bool IsEnabled(int menu, int index) {
@@ -203,29 +214,6 @@ bool PickMenuItem(const std::string& path) {
   if (!command.empty()) RunCommandOnce(FindHostCommand(command));
   return true;
 }
-
-namespace {
-
-// The menu a path of names opens, each name an item that opens a menu; -1
-// when there is none.
-int MenuOpenedBy(const std::string& path) {
-  int menu = kMenuBar;
-  for (size_t start = 0; !path.empty() && start <= path.size();) {
-    size_t end = path.find('/', start);
-    if (end == std::string::npos) end = path.size();
-    HostMenu* record = MenuOf(menu);
-    if (!record) return -1;
-    int next = -1;
-    for (const MenuItem& item : record->items)
-      if (item.name == path.substr(start, end - start) && item.submenu != -1) next = item.submenu;
-    if (next == -1) return -1;
-    menu = next;
-    start = end + 1;
-  }
-  return menu;
-}
-
-}  // namespace
 
 std::vector<ShownMenuItem> MenuItemsAt(const std::string& path) {
   std::vector<ShownMenuItem> items;

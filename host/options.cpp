@@ -99,8 +99,13 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     };
     std::string text;
     HostConfig& config = options.config;
-    if (arg == "--print-menus" || arg == "--window" || arg == "--watch") {
-      (arg == "--print-menus" ? options.printMenus : arg == "--window" ? options.window : options.watch) = true;
+    // The options without a value.
+    bool* flag = arg == "--print-menus" ? &options.printMenus
+                 : arg == "--window"    ? &options.window
+                 : arg == "--watch"     ? &options.watch
+                                        : nullptr;
+    if (flag) {
+      *flag = true;
       continue;
     }
     if (!value(text)) return false;

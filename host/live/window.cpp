@@ -247,9 +247,7 @@ void TakeWindowInput() {
 void ShowFrame() {
   if (!gWindow) return;
   int width = gConfig.screenWidth, height = gConfig.screenHeight;
-  gPixels.resize((size_t)width * height * 4);
-  PrepareReadBack();
-  gGL.ReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, gPixels.data());
+  ReadFrame(gPixels);
   glfwMakeContextCurrent(gWindow);
   if (!gFrameTexture) SetUpFrameTexture(width, height);
   gGL.PixelStorei(GL_UNPACK_ALIGNMENT, 1);

@@ -107,14 +107,13 @@ const uint8_t kGlyphs[95][kGlyphRows] = {
     {0x00, 0x00, 0x08, 0x15, 0x02, 0x00, 0x00},  // ~
 };
 
-}  // namespace
-
 // Anything outside printable ASCII (control characters, the bytes of UTF-8
 // sequences) is drawn as a question mark, one per byte.
-const uint8_t* GlyphRows(unsigned char c) {
-  if (c < 0x20 || c > 0x7E) c = '?';
-  return kGlyphs[c - 0x20];
-}
+int GlyphIndex(unsigned char c) { return (c < 0x20 || c > 0x7E ? '?' : c) - 0x20; }
+
+}  // namespace
+
+const uint8_t* GlyphRows(unsigned char c) { return kGlyphs[GlyphIndex(c)]; }
 
 // The font as a texture: every glyph in a cell of 6 x 10 texels (rows from
 // the cell's bottom, as GL counts them), white dots on nothing, 16 cells to
@@ -138,8 +137,7 @@ unsigned CreateFontTexture() {
 }
 
 void FontTextureCell(unsigned char c, int& left, int& bottom) {
-  if (c < 0x20 || c > 0x7E) c = '?';
-  int index = c - 0x20;
+  int index = GlyphIndex(c);
   left = index % 16 * 6;
   bottom = index / 16 * 10;
 }

@@ -18,11 +18,11 @@ namespace toka_host {
 // null while there is none.
 #define TOKA_HOST_GL_FUNCTIONS(X)                                                           \
   X(ActiveTexture) X(AlphaFunc) X(Begin) X(BindBuffer) X(BindFramebuffer) X(BindTexture) X(BlendFunc)     \
-  X(Clear) X(ClearColor) X(Color4f) X(ColorMask) X(DeleteTextures) X(DepthFunc)             \
-  X(DepthMask) X(Disable) X(Enable) X(End) X(Finish) X(Flush) X(Frustum) X(GenTextures)              \
-  X(GetIntegerv) X(GetString) X(LoadIdentity) X(MatrixMode) X(Ortho) X(PixelStorei)         \
+  X(Clear) X(ClearColor) X(Color4f) X(ColorMask) X(DepthFunc)             \
+  X(DepthMask) X(Disable) X(Enable) X(End) X(Flush) X(Frustum) X(GenTextures)              \
+  X(GetString) X(LoadIdentity) X(MatrixMode) X(Ortho) X(PixelStorei)         \
   X(PopMatrix) X(PushMatrix) X(ReadPixels) X(Rotated) X(Scissor) X(TexCoord2f)              \
-  X(TexEnvi) X(TexImage2D) X(TexParameteri) X(TexSubImage2D) X(Translated) X(UseProgram) X(Vertex2f)         \
+  X(TexEnvi) X(TexImage2D) X(TexParameteri) X(TexSubImage2D) X(Translated) X(UseProgram)         \
   X(Vertex2i) X(Viewport)
 
 struct GLFunctions {

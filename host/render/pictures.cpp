@@ -36,12 +36,6 @@ bool WritePng(const std::string& path, int width, int height, const std::vector<
   return stbi_write_png(path.c_str(), width, height, 3, bytes.data(), width * 3) != 0;
 }
 
-bool Within(uint32_t a, uint32_t b, int tolerance) {
-  for (int shift = 0; shift <= 16; shift += 8)
-    if (std::abs((int)(a >> shift & 0xFF) - (int)(b >> shift & 0xFF)) > tolerance) return false;
-  return true;
-}
-
 // "shots/gauge.png" -> "shots/gauge.WHAT.png"
 std::string Beside(const std::string& file, const std::string& what) {
   std::string stem = file.size() > 4 ? file.substr(0, file.size() - 4) : file;
@@ -60,13 +54,19 @@ void PrepareReadBack() {
   gGL.PixelStorei(GL_PACK_SKIP_PIXELS, 0);
 }
 
+void ReadFrame(std::vector<uint8_t>& rgba) {
+  int width = gConfig.screenWidth, height = gConfig.screenHeight;
+  rgba.resize((size_t)width * height * 4);
+  PrepareReadBack();
+  gGL.ReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
+}
+
 std::vector<uint32_t> ReadScreen() {
   int width = gConfig.screenWidth, height = gConfig.screenHeight;
   std::vector<uint32_t> pixels((size_t)width * height, 0);
   if (!Rendering()) return pixels;
-  std::vector<uint8_t> rgba(pixels.size() * 4);
-  PrepareReadBack();
-  gGL.ReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, rgba.data());
+  std::vector<uint8_t> rgba;
+  ReadFrame(rgba);
   // GL's rows run from the bottom, a picture's from the top.
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x) {
@@ -77,8 +77,7 @@ std::vector<uint32_t> ReadScreen() {
 }
 
 uint32_t PixelAt(int x, int y) {
-  if (!Rendering() || x < 0 || y < 0 || x >= gConfig.screenWidth || y >= gConfig.screenHeight)
-    return 0;
+  if (!Rendering() || !OnScreen(x, y)) return 0;
   uint8_t p[4] = {0, 0, 0, 0};
   PrepareReadBack();
   gGL.ReadPixels(x, y, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, p);
@@ -111,7 +110,7 @@ bool CompareScreen(const std::string& file, double percent, std::string& found) 
   size_t outside = 0;
   for (size_t i = 0; i < actual.size(); ++i) {
     uint32_t expected = (uint32_t)reference[i * 3] << 16 | reference[i * 3 + 1] << 8 | reference[i * 3 + 2];
-    bool same = Within(actual[i], expected, kPixelTolerance);
+    bool same = PixelMatches(actual[i], expected, kPixelTolerance);
     outside += !same;
     difference[i] = same ? (actual[i] >> 2 & 0x3F3F3F) : 0xFF0000;
   }
@@ -130,7 +129,10 @@ bool CompareScreen(const std::string& file, double percent, std::string& found) 
 }
 
 bool PixelMatches(uint32_t actual, uint32_t expected, int tolerance) {
-  return Within(actual, expected, tolerance);
+  for (int shift = 0; shift <= 16; shift += 8)
+    if (std::abs((int)(actual >> shift & 0xFF) - (int)(expected >> shift & 0xFF)) > tolerance)
+      return false;
+  return true;
 }
 
 }  // namespace toka_host

@@ -42,6 +42,8 @@ void DrawMarker(char kind, int index, float x, float y, float z);
 // projection as GL's at the world's drawing codes.
 bool ProjectToScreen(double x, double y, double z, double& screenX, double& screenY);
 
+bool OnScreen(int x, int y);  // a pixel of the screen
+
 // Host drawing in screen coordinates, whatever the matrices are: between
 // Begin and End, DrawRectangle fills whole pixels, left and bottom edges
 // inside, right and top outside.
@@ -87,6 +89,8 @@ void FontTextureCell(unsigned char c, int& left, int& bottom);
 
 // Reads of the frame: its own framebuffer, tightly packed into memory.
 void PrepareReadBack();
+// The whole frame as GL has it: RGBA, rows from the bottom.
+void ReadFrame(std::vector<uint8_t>& rgba);
 // Pixels as 0xRRGGBB; all black without a context.
 uint32_t PixelAt(int x, int y);  // screen coordinates, y up
 std::vector<uint32_t> ReadScreen();  // row 0 at the top, as pictures have it

@@ -25,10 +25,6 @@ constexpr double kNear = 1, kFar = 400000;  // metres: the terrain and well beyo
 constexpr uint32_t kSky = 0x5A7FB0, kGround = 0x4F6B3A;
 constexpr uint32_t kAircraftMarker = 0xFFE040, kObjectMarker = 0xFF60FF;
 
-bool OnScreen(int x, int y) {
-  return x >= 0 && y >= 0 && x < gConfig.screenWidth && y < gConfig.screenHeight;
-}
-
 // Pixels per unit of the camera's view plane at distance 1.
 double FocalLength() {
   double zoom = gCamera[6] > 0 ? gCamera[6] : 1;
@@ -133,6 +129,10 @@ void DrawStatusLine() {
 
 }  // namespace
 
+bool OnScreen(int x, int y) {
+  return x >= 0 && y >= 0 && x < gConfig.screenWidth && y < gConfig.screenHeight;
+}
+
 void BeginScreenCoordinates() {
   gGL.MatrixMode(GL_PROJECTION);
   gGL.PushMatrix();
@@ -230,14 +230,14 @@ void DrawHostPhase(int code) {
     if (code == 8) DrawTrafficMarkers();
     return;
   }
+  void (*draw)() = code == 2    ? DrawSkyAndGround
+                    : code == 8  ? DrawTrafficMarkers  // the aircraft the host flies
+                    : code == 19 ? DrawStatusLine
+                                 : nullptr;
+  if (!draw) return;
   // What a plugin's before-callback left must not spoil the host's drawing.
   PrepareDrawingCode(code);
-  switch (code) {
-    case 2: DrawSkyAndGround(); break;
-    case 8: DrawTrafficMarkers(); break;  // the aircraft the host flies
-    case 19: DrawStatusLine(); break;
-    default: break;
-  }
+  draw();
 }
 
 }  // namespace toka_host
