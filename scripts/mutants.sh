@@ -7,6 +7,9 @@
 # the list. The sources are restored after each fault, and on any exit.
 #
 #   bash scripts/mutants.sh [PATTERN]    (only the faults whose header matches)
+#
+# MUTANTS_CTEST_ARGS adds arguments to ctest, to learn what a part of the
+# suite catches alone (e.g. MUTANTS_CTEST_ARGS="-E ^Host").
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -65,7 +68,8 @@ run_fault() {
     return 0
   fi
   local failed
-  failed=$(cd "$build" && with_display ctest -j "$(nproc 2>/dev/null || echo 2)" --timeout 60 --stop-on-failure 2>&1 |
+  failed=$(cd "$build" && with_display ctest -j "$(nproc 2>/dev/null || echo 2)" --timeout 60 --stop-on-failure \
+    ${MUTANTS_CTEST_ARGS:-} 2>&1 |
     sed -n 's/^[[:space:]]*[0-9]* - \(.*\) (.*)$/\1/p' | paste -sd, - || true)
   restore
   if [ -n "$failed" ]; then
