@@ -1,25 +1,21 @@
-// The reference host and the real library together: a scripted plugin asks
-// for the simulator's services through the library's functions, and the test
+// The reference host and the real library together, in the test's process:
+// start-up and the frame loop, and scripted plugins asking for the
+// simulator's services through the library's functions while the test
 // checks what the host's world answered or how it changed.
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <functional>
 #include <regex>
 
-#include "harness/harness.h"
+#include "harness/host_program.h"
 #include "host/commands.h"
 #include "host/config.h"
+#include "host/library.h"
 #include "host/menus.h"
-#include "host/output.h"
 #include "host/render/render.h"
-#include "host/run.h"
-#include "host/scenario/scenario.h"
 #include "host/services.h"
 #include "host/system.h"
 #include "host/world/aircraft.h"
@@ -32,14 +28,7 @@ using namespace toka_test;
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-
-double Haversine(double lat1, double lon1, double lat2, double lon2) {
-  double p1 = lat1 * kPi / 180, p2 = lat2 * kPi / 180;
-  double dp = p2 - p1, dl = (lon2 - lon1) * kPi / 180;
-  double a = std::sin(dp / 2) * std::sin(dp / 2) +
-             std::cos(p1) * std::cos(p2) * std::sin(dl / 2) * std::sin(dl / 2);
-  return 2 * 6371008.8 * std::asin(std::sqrt(a));
-}
+using Strings = std::vector<std::string>;
 
 // Plugin callbacks are plain functions with a refcon; these hand the call on
 // to the std::function the refcon points to.
@@ -52,196 +41,169 @@ int DrawThunk(int phase, int before, void* refcon) { return Target<DrawFn>(refco
 using CommandFn = std::function<int(int phase)>;
 int CommandThunk(TOKACommandRef, int phase, void* refcon) { return Target<CommandFn>(refcon)(phase); }
 using LoopFn = std::function<float(float sinceLastLoop)>;
-float LoopThunk(float, float sinceLastLoop, int, void* refcon) {
-  return Target<LoopFn>(refcon)(sinceLastLoop);
-}
+float LoopThunk(float, float sinceLastLoop, int, void* refcon) { return Target<LoopFn>(refcon)(sinceLastLoop); }
 using CameraFn = std::function<int(TOKACameraPosition_t*, int losing)>;
 int CameraThunk(TOKACameraPosition_t* position, int losing, void* refcon) {
   return Target<CameraFn>(refcon)(position, losing);
 }
-using LoadedFn = std::function<void(TOKAObjectRef)>;
-void LoadedThunk(TOKAObjectRef object, void* refcon) { Target<LoadedFn>(refcon)(object); }
 
-class HostIntegration : public ::testing::Test {
-protected:
-  TempTree tree;
-  std::string output;
-  HostOptions options;
-  PluginScript* tester = nullptr;
-  int id = -1;  // the tester's plugin ID
-  bool running = false;
+using HostIntegration = HostTest;
 
-  void SetUp() override {
-    SetOutputCapture(&output);
-    Events().clear();
-    options.config.root = tree.root();
-    options.library = TOKA_LIBRARY_FILE;
-    options.render = false;  // the drawing test asks for pixels
-    tester = &AddPlugin("Resources/plugins/tester.orv", "tester");
-  }
-  void TearDown() override {
-    Stop();
-    SetOutputCapture(nullptr);
-  }
+TEST_F(HostIntegration, StartUpLoadsAircraftAndSceneryPluginsAndTellsEveryPlugin) {
+  std::string model;
+  tester->onEnable = [&] {
+    char name[512], path[512];
+    TOKAGetNthAircraftModel(0, name, path);
+    model = path + std::string(" ") + name;
+    TOKADebugString("tester: enabled\n");
+  };
+  AddPlugin("Aircraft/Trainer/plugins/avionics/lin.orv", "avionics");
+  AddPlugin("Custom Scenery/Alps/plugins/lights/lin.orv", "lights");
+  // Where "Custom Scenery/.." would be a package: no plugin loads from here.
+  AddPlugin("plugins/stray/lin.orv", "stray");
+  Start();
+  EXPECT_EQ(tree.root() + "Aircraft/Trainer/trainer.acf trainer.acf", model);
+  // The airport, the user's aircraft (whose plugins load), two more
+  // aircraft, the scenery package (whose plugins load) and the end of the
+  // scenery load, in that order.
+  EXPECT_EQ((Strings{"tester.start@1", "tester.enable@1", "tester.message(0,103,0)@1",
+                     "tester.message(0,102,0)@1", "avionics.start@2", "avionics.enable@2",
+                     "tester.message(0,102,1)@1", "avionics.message(0,102,1)@2",
+                     "tester.message(0,102,2)@1", "avionics.message(0,102,2)@2", "lights.start@3",
+                     "lights.enable@3", "tester.message(0,104,0)@1", "avionics.message(0,104,0)@2",
+                     "lights.message(0,104,0)@3"}),
+            Events());
+  EXPECT_EQ(0u, output.find("Fetching plugins for " + tree.plugins() + "\n\n"));
+  ExpectInOrder(output, {"[progress] Loading Plugin: tester.orv\n", "tester: enabled\n",
+                         "Loaded: " + tree.root() + "Aircraft/Trainer/plugins/avionics/lin.orv.\n\n",
+                         "Loaded: " + tree.root() + "Custom Scenery/Alps/plugins/lights/lin.orv.\n\n"});
+  Events().clear();
+  Stop();
+  EXPECT_EQ((Strings{"tester.disable@1", "avionics.disable@2", "lights.disable@3", "tester.stop@1",
+                     "avionics.stop@2", "lights.stop@3"}),
+            Events());
+}
 
-  PluginScript& AddPlugin(const std::string& relativePath, const std::string& name) {
-    PluginScript& script = Script(tree.AddPlugin(relativePath, "scripted"));
-    script.name = name;
-    script.signature = "test." + name;
-    return script;
-  }
-  // Input the user gives at a frame, as scenario steps.
-  void At(int frame, const std::string& text) {
-    ScenarioStep step;
-    std::string error;
-    ASSERT_TRUE(ParseScenarioStep(text, frame, "--at", step, error)) << text << ": " << error;
-    options.steps.push_back(step);
-  }
-  void Start() {
-    std::string error;
-    ASSERT_TRUE(StartHost(options, error)) << error;
-    running = true;
-    id = TOKAFindPluginBySignature("test.tester");
-    ASSERT_NE(-1, id);
-  }
-  void Stop() {
-    if (running) StopHost();
-    running = false;
-  }
-  void Frames(int count) {
-    for (int i = 0; i < count; ++i) RunFrame();
-  }
-  void AsTester(const std::function<void()>& fn) {
-    bool ran = false;
-    RunAs(id, [&] {
-      ran = true;
-      fn();
-    });
-    EXPECT_TRUE(ran) << "the tester did not run the code";
-  }
-  bool Received(int message, int param) {
-    std::string wanted = "tester.message(0," + std::to_string(message) + "," +
-                         std::to_string(param) + ")@" + std::to_string(id);
-    return std::find(Events().begin(), Events().end(), wanted) != Events().end();
-  }
+// The events the host raises, noted and passed on to the library.
+int (*gRealEventHook)(int, float, int, intptr_t);
+Strings gEvents;
+std::vector<float> gEventTimes;
+int gCompletionsAtEvent = -1;
+int* gCompletions = nullptr;
+int NoteEvent(int event, float elapsed, int unused, intptr_t param) {
+  gEvents.push_back("event " + std::to_string(event));
+  gEventTimes.push_back(elapsed);
+  if (gCompletionsAtEvent == -1 && gCompletions) gCompletionsAtEvent = *gCompletions;
+  return gRealEventHook(event, elapsed, unused, param);
+}
+
+struct Completion {
+  int calls = 0;
+  TOKAObjectRef object = nullptr;
 };
+void Completed(TOKAObjectRef object, void* refcon) {
+  static_cast<Completion*>(refcon)->calls++;
+  static_cast<Completion*>(refcon)->object = object;
+}
 
-struct NavInfo {
-  TOKANavRef ref;
-  int type = 0, frequency = 0;
-  float latitude = 0, longitude = 0;
-  std::string id;
-};
+TEST_F(HostIntegration, EachFrameRaisesTheSimulatorsEventsInOrderWithAFixedStep) {
+  options.config.step = 0.05;
+  At(3, "key P");
+  At(5, "scenery load \"Custom Scenery/Alps\"");
+  tree.AddFolder("Custom Scenery/Alps");
+  tree.AddFile("Resources/objects/tower.obj");
+  Start();
+  gRealEventHook = gLibrary.EventHook;
+  gLibrary.EventHook = NoteEvent;
+  // An object loaded in the background is there before the next frame's
+  // first event.
+  Completion completion;
+  gCompletions = &completion.calls;
+  HostServices()->LoadObjectAsync("Resources/objects/tower.obj", Completed, &completion);
+  EXPECT_EQ(0, completion.calls);
+  Frames(2);
+  EXPECT_EQ(1, gCompletionsAtEvent);
+  EXPECT_TRUE(completion.object);
+  gCompletions = nullptr;
+  // The flight loops, the held commands, the second flight loop pass.
+  EXPECT_EQ((Strings{"event 0", "event 9", "event 10", "event 0", "event 9", "event 10"}), gEvents);
+  EXPECT_EQ((std::vector<float>{0.05f, 0.05f, 0.05f, 0.1f, 0.1f, 0.1f}), gEventTimes);
 
-// The host's own searches are tested with its services; here every
-// argument and buffer has to arrive through the library in its place.
-TEST_F(HostIntegration, NavaidsFmsAndGpsAnswerFromTheHostsDatabase) {
+  // What the world raised during a frame reaches the library first thing in
+  // the next one.
+  gEvents.clear();
+  HostServices()->PlaceUserAtAirport("KBFI");
+  Frames(1);
+  EXPECT_EQ((Strings{"event 1", "event 4", "event 0", "event 9", "event 10"}), gEvents);
+  EXPECT_TRUE(gPaused);  // P went past the plugins to the simulator's key map
+  gEvents.clear();
+  Frames(1);
+  EXPECT_EQ("event 13", gEvents.at(0));
+  EXPECT_NEAR(4 * 0.05, gRunningTime, 1e-12);
+  EXPECT_NEAR(3 * 0.05, gFlightTime, 1e-12);  // paused by the input of frame 3
+  // A package loaded at start-up and loaded again is announced again.
+  Frames(1);
+  gEvents.clear();
+  Frames(1);
+  EXPECT_EQ((Strings{"event 12", "event 6"}), Strings(gEvents.begin(), gEvents.begin() + 2));
+  // A scan finds no package it has not loaded yet: the folder holds only
+  // Alps (and its own "." and "..").
+  HostServices()->ReloadScenery();
+  gEvents.clear();
+  Frames(1);
+  EXPECT_EQ("event 6", gEvents.at(0));
+}
+
+// Every argument and buffer has to arrive through the library in its place.
+TEST_F(HostIntegration, NavaidsFmsGpsAndProbesAnswerFromTheHostsWorld) {
   Start();
   AsTester([&] {
-    std::vector<NavInfo> all;
-    for (TOKANavRef ref = TOKAGetFirstNavAid(); ref != -1; ref = TOKAGetNextNavAid(ref)) {
-      NavInfo info;
-      info.ref = ref;
-      char navID[32], name[256], region;
-      float height, heading;
-      ASSERT_EQ(1, TOKAGetNavAidInfo(ref, &info.type, &info.latitude, &info.longitude, &height,
-                                     &info.frequency, &heading, navID, name, &region));
-      info.id = navID;
-      const NavAid* truth = NavAidAt(ref);
-      ASSERT_TRUE(truth);
-      EXPECT_EQ(truth->id, info.id);
-      EXPECT_EQ(truth->name, std::string(name));
-      EXPECT_EQ(truth->type, info.type);
-      EXPECT_EQ(truth->frequency, info.frequency);
-      EXPECT_EQ((float)truth->latitude, info.latitude);
-      EXPECT_EQ((float)truth->longitude, info.longitude);
-      EXPECT_EQ(truth->elevation, height);
-      EXPECT_EQ(truth->heading, heading);
-      all.push_back(info);
-    }
-    ASSERT_EQ(nullptr, NavAidAt((TOKANavRef)all.size()));
-    EXPECT_EQ(all.front().ref, TOKAFindFirstNavAidOfType(all.front().type));
-    EXPECT_EQ(all.back().ref, TOKAFindLastNavAidOfType(all.back().type));
-
-    // The nearest VOR or NDB to a point, of those with a fragment of "R" in
-    // their ID, against a search of our own.
     float lat = 48.3f, lon = -122.95f;
-    const NavInfo* nearest = nullptr;
-    for (const NavInfo& n : all)
-      if ((n.type == kNavNDB || n.type == kNavVOR) && n.id.find('R') != std::string::npos &&
-          (!nearest || Haversine(lat, lon, n.latitude, n.longitude) <
-                           Haversine(lat, lon, nearest->latitude, nearest->longitude)))
-        nearest = &n;
-    ASSERT_TRUE(nearest);
-    EXPECT_EQ(nearest->ref, TOKAFindNavAid(nullptr, "r", &lat, &lon, nullptr, kNavNDB | kNavVOR));
-    int frequency = nearest->frequency;
-    EXPECT_EQ(nearest->ref, TOKAFindNavAid(nullptr, nullptr, nullptr, nullptr, &frequency, nearest->type));
+    TOKANavRef nearest = TOKAFindNavAid(nullptr, "r", &lat, &lon, nullptr, kNavNDB | kNavVOR);
+    const NavAid* truth = NavAidAt(nearest);
+    ASSERT_TRUE(truth);
+    int type, frequency, altitude;
+    char navID[32], name[256];
+    float height;
+    ASSERT_EQ(1, TOKAGetNavAidInfo(nearest, &type, &lat, &lon, &height, &frequency, nullptr, navID,
+                                   name, nullptr));
+    EXPECT_EQ(std::string(truth->id) + " " + truth->name, navID + std::string(" ") + name);
+    EXPECT_EQ((float)truth->longitude, lon);
+    EXPECT_EQ(truth->elevation, height);
+    EXPECT_EQ(nearest, TOKAFindNavAid(nullptr, nullptr, nullptr, nullptr, &frequency, type));
+    TOKANavRef first = TOKAFindFirstNavAidOfType(kNavVOR), last = TOKAFindLastNavAidOfType(kNavVOR);
+    EXPECT_LT(first, last);
+    EXPECT_EQ(kNavVOR, NavAidAt(last)->type);
 
     // A flight plan of a navaid and a bare position; the GPS flies to the
     // destination entry.
-    EXPECT_EQ(1, TOKASetFMSEntryInfo(0, nearest->ref, 5000));
+    EXPECT_EQ(1, TOKASetFMSEntryInfo(0, nearest, 5000));
     EXPECT_EQ(1, TOKASetFMSEntryLatLon(3, 47.25f, -122.75f, 3000));
     EXPECT_EQ(4, TOKACountFMSEntries());
-    int type, altitude;
-    char entryID[32];
     TOKANavRef ref;
-    float entryLat, entryLon;
-    ASSERT_EQ(1, TOKAGetFMSEntryInfo(0, &type, entryID, &ref, &altitude, &entryLat, &entryLon));
-    EXPECT_EQ(nearest->type, type);
-    EXPECT_EQ(nearest->id, entryID);
-    EXPECT_EQ(nearest->ref, ref);
+    ASSERT_EQ(1, TOKAGetFMSEntryInfo(0, &type, navID, &ref, &altitude, &lat, &lon));
+    EXPECT_STREQ(truth->id, navID);
+    EXPECT_EQ(nearest, ref);
     EXPECT_EQ(5000, altitude);
-    EXPECT_EQ(nearest->latitude, entryLat);
-    EXPECT_EQ(nearest->longitude, entryLon);
-    ASSERT_EQ(1, TOKAGetFMSEntryInfo(3, &type, entryID, &ref, &altitude, &entryLat, &entryLon));
+    ASSERT_EQ(1, TOKAGetFMSEntryInfo(3, &type, navID, &ref, &altitude, &lat, &lon));
     EXPECT_EQ(kNavLatLon, type);
-    EXPECT_EQ(3000, altitude);
-    EXPECT_EQ(47.25f, entryLat);
-    EXPECT_EQ(-122.75f, entryLon);
+    EXPECT_EQ(-122.75f, lon);
     EXPECT_EQ(1, TOKASetDestinationFMSEntry(0));
     EXPECT_EQ(1, TOKASetDisplayedFMSEntry(3));
-    EXPECT_EQ(nearest->type, TOKAGetGPSDestinationType());
-    EXPECT_EQ(nearest->ref, TOKAGetGPSDestination());
+    EXPECT_EQ(nearest, TOKAGetGPSDestination());
     EXPECT_EQ(0, TOKAGetDestinationFMSEntry());
     EXPECT_EQ(3, TOKAGetDisplayedFMSEntry());
-    EXPECT_EQ(1, TOKAClearFMSEntry(3));
-    EXPECT_EQ(1, TOKACountFMSEntries());
-  });
-}
 
-TEST_F(HostIntegration, CoordinatesRoundTripAndProbesFindTheFlatGroundWithinItsExtent) {
-  options.config.airport = "KOLM";
-  options.config.groundElevation = 120;
-  options.config.terrainExtent = 5000;
-  Start();
-  const Airport& airport = *FindAirport("KOLM");
-  AsTester([&] {
-    double x, y, z;
-    TOKAWorldToLocal(airport.latitude, airport.longitude, 120, &x, &y, &z);
-    EXPECT_NEAR(0, std::hypot(x, z), 1e-6);
-    EXPECT_NEAR(120, y, 1e-6);
-    for (double d : {-0.4, 0.6}) {
-      double lat = airport.latitude + d, lon = airport.longitude - d / 2, la, lo, el;
-      TOKAWorldToLocal(lat, lon, 3000 * d, &x, &y, &z);
-      TOKALocalToWorld(x, y, z, &la, &lo, &el);
-      EXPECT_NEAR(lat, la, 1e-6);
-      EXPECT_NEAR(lon, lo, 1e-6);
-      EXPECT_NEAR(3000 * d, el, 1e-3);
-    }
-
+    // The terrain probe's answer comes back in the plugin's structure.
     TOKAProbeRef probe = TOKACreateProbe(TOKA_ProbeY);
     TOKAProbeInfo_t info;
     info.structSize = sizeof info;
     ASSERT_EQ(TOKA_ProbeHitTerrain, TOKAProbeTerrainXYZ(probe, 1200, 800, -2500, &info));
-    double qLat, qLon, qEl, lat, lon, el;
-    TOKALocalToWorld(1200, 800, -2500, &qLat, &qLon, &qEl);
-    TOKALocalToWorld(info.locationX, info.locationY, info.locationZ, &lat, &lon, &el);
-    EXPECT_NEAR(120, el, 0.01);  // on the ground, straight below the query
-    EXPECT_NEAR(qLat, lat, 1e-6);
-    EXPECT_NEAR(qLon, lon, 1e-6);
+    double pLat, pLon, el;
+    TOKALocalToWorld(info.locationX, info.locationY, info.locationZ, &pLat, &pLon, &el);
+    EXPECT_NEAR(gConfig.groundElevation, el, 0.01);
+    EXPECT_NEAR(-2500, info.locationZ, 1);  // straight below
     EXPECT_NEAR(1, info.normalY, 1e-3);
-    EXPECT_EQ(0, info.isWet);
-    EXPECT_EQ(TOKA_ProbeMissed, TOKAProbeTerrainXYZ(probe, 4000, 0, 3500, &info));  // 5315 m out
     TOKADestroyProbe(probe);
   });
 }
@@ -250,24 +212,19 @@ TEST_F(HostIntegration, PluginsReadAndWriteTheWorldThroughItsDataRefsEveryFrame)
   options.config.step = 0.1;
   Start();
   struct Sample {
-    int frame;
     float elapsed, sinceLastLoop;
     double latitude, longitude;
   };
   std::vector<Sample> samples;
   TOKADataRef latitude = nullptr, longitude = nullptr;
   LoopFn loop = [&](float sinceLastLoop) {
-    samples.push_back({gFrame, TOKAGetElapsedTime(), sinceLastLoop, TOKAGetDatad(latitude),
-                       TOKAGetDatad(longitude)});
+    samples.push_back({TOKAGetElapsedTime(), sinceLastLoop, TOKAGetDatad(latitude), TOKAGetDatad(longitude)});
     return -1.0f;
   };
   AsTester([&] {
     // The library stamped its build date and time into the host's dataref.
     char stamp[256] = {0};
-    TOKADataRef build = TOKAFindDataRef("sim/version/toka_build_string");
-    ASSERT_TRUE(build);
-    int length = TOKAGetDatab(build, stamp, 0, sizeof stamp);
-    EXPECT_GT(length, (int)std::strlen(stamp));
+    TOKAGetDatab(TOKAFindDataRef("sim/version/toka_build_string"), stamp, 0, sizeof stamp - 1);
     EXPECT_TRUE(std::regex_match(std::string(stamp),
                                  std::regex(R"([A-Z][a-z]{2} [ 1-3]\d \d{4} \d\d:\d\d:\d\d)")))
         << stamp;
@@ -277,8 +234,7 @@ TEST_F(HostIntegration, PluginsReadAndWriteTheWorldThroughItsDataRefsEveryFrame)
   });
   Frames(30);
   ASSERT_EQ(30u, samples.size());
-  for (int i = 0; i < 30; ++i) {
-    EXPECT_EQ(i + 1, samples[i].frame);
+  for (int i : {0, 29}) {
     EXPECT_EQ((float)((i + 1) * 0.1), samples[i].elapsed) << i;
     EXPECT_EQ(samples[i].elapsed, samples[i].sinceLastLoop) << i;
   }
@@ -309,7 +265,7 @@ TEST_F(HostIntegration, PluginsReadAndWriteTheWorldThroughItsDataRefsEveryFrame)
 TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInOrder) {
   At(1, "key P");
   Start();
-  std::vector<std::string> seen;
+  Strings seen;
   auto note = [&](const std::string& who, int phase) {
     seen.push_back(who + " " + std::to_string(phase) + (gPaused ? " paused" : " running"));
   };
@@ -320,20 +276,15 @@ TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInO
   TOKACommandRef pause = nullptr, hold = nullptr;
   AsTester([&] {
     pause = TOKAFindCommand("sim/operation/pause_toggle");
-    ASSERT_TRUE(pause);
     TOKARegisterCommandHandler(pause, CommandThunk, 1, &before);
     TOKARegisterCommandHandler(pause, CommandThunk, 0, &after);
     TOKACommandOnce(pause);
   });
-  std::vector<std::string> toggled = {"before 0 running", "after 0 paused", "before 2 paused",
-                                      "after 2 paused"};
-  EXPECT_EQ(toggled, seen);
+  EXPECT_EQ((Strings{"before 0 running", "after 0 paused", "before 2 paused", "after 2 paused"}), seen);
   // The user's key goes the same way.
   seen.clear();
   Frames(1);
-  EXPECT_EQ((std::vector<std::string>{"before 0 paused", "after 0 running", "before 2 running",
-                                      "after 2 running"}),
-            seen);
+  EXPECT_EQ((Strings{"before 0 paused", "after 0 running", "before 2 running", "after 2 running"}), seen);
   // A before-handler that consumes the command stops the simulator and the
   // after-handlers; it runs first, being the newest.
   seen.clear();
@@ -341,14 +292,13 @@ TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInO
     TOKARegisterCommandHandler(pause, CommandThunk, 1, &consume);
     TOKACommandOnce(pause);
   });
-  EXPECT_EQ((std::vector<std::string>{"consume 0 running", "consume 2 running"}), seen);
+  EXPECT_EQ((Strings{"consume 0 running", "consume 2 running"}), seen);
   EXPECT_FALSE(gPaused);
 
   // A plugin's own command, held for three frames, repeats once per frame.
   seen.clear();
   AsTester([&] {
     hold = TOKACreateCommand("tester/hold", "Held down.");
-    ASSERT_TRUE(hold);
     EXPECT_EQ(hold, TOKAFindCommand("tester/hold"));
     TOKARegisterCommandHandler(hold, CommandThunk, 0, &held);
     TOKACommandBegin(hold);
@@ -357,12 +307,12 @@ TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInO
   Frames(3);
   AsTester([&] { TOKACommandEnd(hold); });
   EXPECT_FALSE(IsCommandHeld(hold));
-  EXPECT_EQ((std::vector<std::string>{"held 0 running", "held 1 running", "held 1 running",
-                                      "held 1 running", "held 2 running"}),
+  EXPECT_EQ((Strings{"held 0 running", "held 1 running", "held 1 running", "held 1 running",
+                     "held 2 running"}),
             seen);
 }
 
-std::vector<std::string> gPicks;
+Strings gPicks;
 void NotePick(void* menuRef, void* itemRef) {
   gPicks.push_back(std::string((const char*)menuRef) + "/" + (const char*)itemRef + "@" +
                    std::to_string(TOKAGetMyID()));
@@ -382,14 +332,12 @@ TEST_F(HostIntegration, PluginMenusShowInTheMenuBarAndTheUsersPicksReachTheirHan
   };
   At(1, "menu \"Plugins/Tester/Alpha\"");
   At(1, "menu \"Plugins/Tester/Beta\"");
-  At(2, "menu \"Plugins/Tester/Alpha\"");
   Start();
-  EXPECT_NE(std::string::npos,
-            MenuTreeText().find("Plugins >\n  Tester >\n    Alpha [x]\n    ----\n"
-                                "    Beta [ ] (disabled)\n"))
+  EXPECT_NE(std::string::npos, MenuTreeText().find("Plugins >\n  Tester >\n    Alpha [x]\n    ----\n"
+                                                   "    Beta [ ] (disabled)\n"))
       << MenuTreeText();
   Frames(1);
-  EXPECT_EQ(std::vector<std::string>{"tester/alpha@" + std::to_string(id)}, gPicks);
+  EXPECT_EQ(Strings{"tester/alpha@1"}, gPicks);
   EXPECT_EQ(1, ScenarioFailures());  // the pick of the disabled Beta was refused
 
   // Removing an item moves the later ones up; the pick still finds its own.
@@ -400,65 +348,12 @@ TEST_F(HostIntegration, PluginMenusShowInTheMenuBarAndTheUsersPicksReachTheirHan
   });
   gPicks.clear();
   EXPECT_TRUE(PickMenuItem("Plugins/Tester/Gamma"));
-  Frames(1);  // Alpha is gone
-  EXPECT_EQ(std::vector<std::string>{"tester/beta@" + std::to_string(id)}, gPicks);
-  EXPECT_EQ(2, ScenarioFailures());  // and so was the pick of the removed Alpha
+  EXPECT_FALSE(PickMenuItem("Plugins/Tester/Alpha"));
+  EXPECT_EQ(Strings{"tester/beta@1"}, gPicks);
 
   Stop();  // the plugin's menu and its item in the Plugins menu go with it
   EXPECT_EQ(std::string::npos, MenuTreeText().find("Tester")) << MenuTreeText();
   EXPECT_NE(std::string::npos, MenuTreeText().find("Plugins >\n"));
-}
-
-TEST_F(HostIntegration, ObjectsLoadInTheBackgroundUntilTheNextFrameAndAreDrawnAsMarkers) {
-  std::string tower = tree.AddFile("Resources/objects/tower.obj");
-  tree.AddFile("Resources/objects/mast.obj");
-  Start();
-  std::vector<std::string> loads;
-  std::vector<TOKAObjectRef> objects;
-  LoadedFn loaded = [&](TOKAObjectRef object) {
-    loads.push_back(std::string(object ? "object" : "null") + " frame " + std::to_string(gFrame) +
-                    " @" + std::to_string(TOKAGetMyID()));
-    if (object) objects.push_back(object);
-  };
-  TOKADrawInfo_t where[2] = {{sizeof(TOKADrawInfo_t), 15, 120, -400, 0, 0, 0},
-                             {sizeof(TOKADrawInfo_t), -25, 110, -600, 0, 90, 0}};
-  DrawFn draw = [&](int, int) {
-    for (TOKAObjectRef object : objects) TOKADrawObjects(object, 2, where, 1, 0);
-    return 1;
-  };
-  std::vector<std::string> found;
-  AsTester([&] {
-    TOKALoadObjectAsync("Resources/objects/tower.obj", LoadedThunk, &loaded);
-    TOKALoadObjectAsync("Resources/objects/missing.obj", LoadedThunk, &loaded);
-    TOKARegisterDrawCallback(DrawThunk, 20, 0, &draw);
-    auto collect = [](const char* path, void* refcon) {
-      static_cast<std::vector<std::string>*>(refcon)->push_back(path);
-    };
-    EXPECT_EQ(2, TOKALookupObjects("Resources/objects/t*.obj", 47, -122, collect, &found) +
-                     TOKALookupObjects("Resources/objects/m*", 47, -122, nullptr, nullptr));
-  });
-  EXPECT_EQ(std::vector<std::string>{tower}, found);
-  EXPECT_TRUE(loads.empty());
-  Frames(1);
-  std::string me = " @" + std::to_string(id);
-  EXPECT_EQ((std::vector<std::string>{"object frame 1" + me, "null frame 1" + me}), loads);
-  EXPECT_EQ(1, LoadedObjectCount());
-  std::vector<Marker> drawn;
-  for (const Marker& marker : gMarkers)
-    if (marker.kind == 'O') drawn.push_back(marker);
-  ASSERT_EQ(2u, drawn.size());
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(where[i].x, drawn[i].x);
-    EXPECT_EQ(where[i].y, drawn[i].y);
-    EXPECT_EQ(where[i].z, drawn[i].z);
-  }
-
-  // A load still under way when the plugin goes is undone, and its
-  // callback never runs; the plugin's loaded object is unloaded with it.
-  AsTester([&] { TOKALoadObjectAsync("Resources/objects/mast.obj", LoadedThunk, &loaded); });
-  Stop();
-  EXPECT_EQ(2u, loads.size());
-  EXPECT_EQ(0, LoadedObjectCount());
 }
 
 // The same folder as a path relative to the working folder, as a user may
@@ -484,20 +379,8 @@ TEST_F(HostIntegration, APluginThatAcquiresThePlanesDecidesWhatTheHostFlies) {
   AsTester([&] { TOKASetUsersAircraft("Aircraft/Jet/jet.acf"); });
   Events().clear();
   Frames(1);
-  EXPECT_EQ((std::vector<std::string>{"panel.disable@2", "panel.stop@2", "jetfms.start@2",
-                                      "jetfms.enable@2"}),
-            [] {
-              std::vector<std::string> lifecycle;
-              for (const std::string& e : Events())
-                if (e.find(".message(") == std::string::npos) lifecycle.push_back(e);
-              return lifecycle;
-            }());
-  AsTester([&] {
-    char name[512], path[512];
-    TOKAGetNthAircraftModel(0, name, path);
-    EXPECT_EQ(root + "Aircraft/Jet/jet.acf", std::string(path));
-    EXPECT_STREQ("jet.acf", name);
-  });
+  EXPECT_EQ((Strings{"panel.disable@2", "panel.stop@2", "jetfms.start@2", "jetfms.enable@2"}), Lifecycle());
+  EXPECT_EQ(root + "Aircraft/Jet/jet.acf", gAircraft[0].path);
 
   char heavy[] = "Aircraft/Traffic/Heavy/heavy.acf", ignored[] = "ignored.acf";
   char* wishes[] = {ignored, heavy, nullptr};
@@ -507,47 +390,27 @@ TEST_F(HostIntegration, APluginThatAcquiresThePlanesDecidesWhatTheHostFlies) {
     TOKADisableAIForPlane(1);
   });
   std::vector<Aircraft> before = gAircraft;
-  Events().clear();
   Frames(1);
   EXPECT_EQ(root + heavy, gAircraft[1].path);
-  EXPECT_EQ(before[0].path, gAircraft[0].path);
   EXPECT_EQ(before[2].path, gAircraft[2].path);
   EXPECT_FALSE(gAircraft[2].active);
   EXPECT_TRUE(gAircraft[1].aiDisabled);
-  EXPECT_NEAR(gAircraft[0].groundSpeed * gConfig.step,
-              Haversine(before[0].latitude, before[0].longitude, gAircraft[0].latitude,
-                        gAircraft[0].longitude),
-              1e-3);
-  for (int i : {1, 2}) {
-    EXPECT_EQ(before[i].latitude, gAircraft[i].latitude) << i;
-    EXPECT_EQ(before[i].longitude, gAircraft[i].longitude) << i;
-  }
-  std::vector<int> shown;
-  for (const Marker& marker : gMarkers)
-    if (marker.kind == 'A') shown.push_back(marker.index);
-  EXPECT_EQ((std::vector<int>{0, 1}), shown);
+  EXPECT_EQ(before[1].latitude, gAircraft[1].latitude);  // flown by the plugin, not the host
+  EXPECT_NE(before[0].latitude, gAircraft[0].latitude);
+  Events().clear();
   Frames(1);
   EXPECT_TRUE(Received(105, 0));  // the number of aircraft changed
   EXPECT_TRUE(Received(106, 1));  // aircraft 1 got a new model
-  EXPECT_TRUE(Received(102, 1));
 
-  std::string small = root + "Aircraft/Traffic/Small/small.acf";
   AsTester([&] {
     int total, active, controller;
     TOKACountAircraft(&total, &active, &controller);
-    EXPECT_EQ((int)gAircraft.size(), total);
-    EXPECT_EQ(2, active);
-    EXPECT_EQ(id, controller);
-    TOKASetAircraftModel(2, small.c_str());  // the host knows 3 aircraft: loaded at once
-    EXPECT_EQ(small, gAircraft[2].path);
+    EXPECT_EQ(3 * 100 + 2 * 10 + id, total * 100 + active * 10 + controller);
     TOKAReleasePlanes();
   });
   EXPECT_FALSE(gAircraft[1].aiDisabled);
-  before = gAircraft;
   Frames(1);
   for (const Aircraft& plane : gAircraft) EXPECT_TRUE(plane.active);
-  EXPECT_NE(before[1].latitude, gAircraft[1].latitude);
-  EXPECT_EQ(small, gAircraft[2].path);  // released: the wishes are gone, the models stay
 }
 
 TEST_F(HostIntegration, APluginDrivesTheCameraTheHostDrawsWithUntilTheViewChanges) {
@@ -557,83 +420,60 @@ TEST_F(HostIntegration, APluginDrivesTheCameraTheHostDrawsWithUntilTheViewChange
   // height, looking along its heading: the aircraft is in the middle of
   // the screen (x east, z south, heading clockwise from north).
   TOKACameraPosition_t given{};
-  std::vector<std::string> calls;
+  Strings calls;
   CameraFn control = [&](TOKACameraPosition_t* position, int losing) {
-    calls.push_back((losing ? "losing " : "adjust ") + std::to_string(gFrame) +
-                    (position ? "" : " null"));
+    calls.push_back((losing ? "losing " : "adjust ") + std::to_string(gFrame) + (position ? "" : " null"));
     if (!position) return 1;
     const Aircraft& user = gAircraft[0];
     double x, y, z, h = user.heading * kPi / 180;
     TOKAWorldToLocal(user.latitude, user.longitude, user.elevation, &x, &y, &z);
-    given = {(float)(x - 300 * std::sin(h)), (float)y, (float)(z + 300 * std::cos(h)), 0,
-             user.heading, 0, 2};
+    given = {(float)(x - 300 * std::sin(h)), (float)y, (float)(z + 300 * std::cos(h)), 0, user.heading, 0, 2};
     *position = given;
     return 1;
   };
   AsTester([&] { TOKAControlCamera(TOKA_ControlCameraUntilViewChanges, CameraThunk, &control); });
   Frames(1);
-  const float* expected = &given.x;
-  for (int i = 0; i < 7; ++i) EXPECT_EQ(expected[i], gCamera[i]) << i;
-  AsTester([&] {
-    TOKACameraPosition_t read;
-    TOKAReadCameraPosition(&read);
-    EXPECT_EQ(0, std::memcmp(&given, &read, sizeof read));
-  });
-  auto user = std::find_if(gMarkers.begin(), gMarkers.end(),
-                           [](const Marker& m) { return m.kind == 'A' && m.index == 0; });
-  ASSERT_NE(gMarkers.end(), user);
-  EXPECT_TRUE(user->onScreen);
-  EXPECT_NEAR(gConfig.screenWidth / 2, user->screenX, 1);
-  EXPECT_NEAR(gConfig.screenHeight / 2, user->screenY, 1);
+  EXPECT_EQ(0, std::memcmp(&given, gCamera, sizeof given));
+  ASSERT_EQ('A', gMarkers.at(0).kind);  // the user's aircraft, in the middle
+  EXPECT_NEAR(gConfig.screenWidth / 2, gMarkers[0].screenX, 1);
+  EXPECT_NEAR(gConfig.screenHeight / 2, gMarkers[0].screenY, 1);
 
   // The default view (frame 2) ends control taken until the view changes;
   // the host's own chase view is back on the next frame.
   Frames(2);
-  EXPECT_EQ((std::vector<std::string>{"adjust 1", "adjust 2", "losing 3 null"}), calls);
+  EXPECT_EQ((Strings{"adjust 1", "adjust 2", "losing 3 null"}), calls);
   EXPECT_EQ(gAircraft[0].heading, gCamera[4]);
-  EXPECT_EQ(1, gCamera[6]);
   AsTester([&] { EXPECT_EQ(0, TOKAIsCameraBeingControlled(nullptr)); });
 }
 
 TEST_F(HostIntegration, SystemServicesSituationFilesAndReloadsReachTheSimulator) {
   Start();
-  std::string situation = tree.root() + "Output/preferences/flights/test.sit";
   AsTester([&] {
     char path[512];
-    TOKAGetSystemPath(path);
-    EXPECT_EQ(tree.root(), path);
     TOKAGetPrefsPath(path);
     EXPECT_EQ(tree.root() + "Output/preferences/", path);
-    int host = 0, toka = 0, second = 0;
-    TOKAGetVersions(&host, &toka, &second);
-    EXPECT_EQ(kHostVersion, host);
-    EXPECT_EQ(kHostID, second);
     TOKASpeakString("Gear down");
     TOKASimulateKeyPress(1, 65);
     TOKACommandButtonPress(7);
     EXPECT_EQ(1, TOKASaveDataFile(1, "flights/test.sit"));
   });
-  EXPECT_TRUE(std::ifstream(situation).good());
+  EXPECT_TRUE(std::ifstream(tree.root() + "Output/preferences/flights/test.sit").good());
   Aircraft saved = gAircraft[0];
   Frames(3);
   AsTester([&] {
     auto frameNumber = reinterpret_cast<int (*)()>(TOKAFindSymbol("HostFrameNumber"));
     ASSERT_TRUE(frameNumber);
     EXPECT_EQ(3, frameNumber());
-    EXPECT_EQ(nullptr, TOKAFindSymbol("main"));
     TOKACommandButtonRelease(7);
     EXPECT_EQ(1, TOKALoadDataFile(1, "flights/test.sit"));
   });
   EXPECT_EQ(saved.latitude, gAircraft[0].latitude);
-  EXPECT_EQ(saved.longitude, gAircraft[0].longitude);
   // The held button repeated once per frame, besides its press.
   int repeats = 0;
   for (const RecordedInput& input : gRecordedInputs)
     repeats += input.slot == 24 && input.values == std::vector<int>{0, 1, 7};
   EXPECT_EQ(1 + 3, repeats);
-  EXPECT_NE(std::string::npos,
-            output.find("[speech] Gear down\n[key] type 1 key 65\n[button] down 7\n"));
-  EXPECT_NE(std::string::npos, output.find("[button] up 7\n"));
+  ExpectInOrder(output, {"[speech] Gear down\n[key] type 1 key 65\n[button] down 7\n", "[button] up 7\n"});
 
   // A scenery package that appeared meanwhile loads with its plugins on the
   // next frame; the situation loaded above reaches the plugins too.
@@ -651,13 +491,10 @@ TEST_F(HostIntegration, SystemServicesSituationFilesAndReloadsReachTheSimulator)
   Frames(1);
   EXPECT_NE(std::string::npos, output.find("[message] Please place your new plugin in the plugins "
                                            "folder.\n[message] I will then reload all plugins.\n"));
-  std::vector<std::string> tester;
-  for (const std::string& e : Events())
-    if (e.compare(0, 7, "tester.") == 0 && e.find(".message(") == std::string::npos)
-      tester.push_back(e);
-  EXPECT_EQ((std::vector<std::string>{"tester.disable@1", "tester.stop@1", "tester.start@1",
-                                      "tester.enable@1"}),
-            tester);
+  Strings lifecycle;
+  for (const std::string& e : Lifecycle())
+    if (e.compare(0, 7, "tester.") == 0) lifecycle.push_back(e);
+  EXPECT_EQ((Strings{"tester.disable@1", "tester.stop@1", "tester.start@1", "tester.enable@1"}), lifecycle);
 }
 
 struct Click {
@@ -703,8 +540,10 @@ TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem)
   Frames(1);
   EXPECT_EQ((std::vector<int>{5, 20}), phases);
   EXPECT_EQ((std::vector<Click>{{50, 80, TOKA_MOUSE_DOWN, id}, {50, 80, TOKA_MOUSE_UP, id}}), gClicks);
-  // Nothing of the sky or the aircraft, only the plugin's text, in the
-  // cells the font's metrics promise.
+  // Nothing of the sky or the aircraft, only the plugin's text in the large
+  // font (cells of 12 x 20 pixels), in the cells its metrics promise.
+  EXPECT_EQ(12, charWidth);
+  EXPECT_EQ(20, charHeight);
   int left = width, right = -1, bottom = height, top = -1;
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x)
@@ -717,6 +556,7 @@ TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem)
   EXPECT_GE(right, 30 + measured - charWidth);
   EXPECT_GE(bottom, 60);
   EXPECT_LT(top, 60 + charHeight);
+  EXPECT_GE(top, 60 + charHeight / 2);
   EXPECT_EQ(5 * charWidth, measured);
   for (int x = 0; x < width; ++x) ASSERT_EQ(0u, PixelAt(x, height - 1)) << x;
   for (const Marker& marker : gMarkers) EXPECT_NE('A', marker.kind);
@@ -727,8 +567,6 @@ TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem)
   });
   Frames(1);
   for (int x = 0; x < width; ++x) ASSERT_NE(0u, PixelAt(x, height - 1)) << x;
-  EXPECT_EQ(gAircraft.size(), (size_t)std::count_if(gMarkers.begin(), gMarkers.end(),
-                                                    [](const Marker& m) { return m.kind == 'A'; }));
 }
 
 }  // namespace

@@ -1,28 +1,21 @@
 // What the reference host draws through OpenGL. Screenshots hold what the
 // plugins drew, pixel for pixel, as worked out here from a window's rectangle
-// and the font's metrics. The hello example runs in the host's frame loop in
-// this process, where a scripted plugin asks the library where hello's
-// window is and what the font measures, calls the graphics services and
-// draws with GL itself; a fixture plugin's window
+// and the font's metrics: a fixture plugin's window
 // (tests/plugins/host_panel.cpp: a dark box from (100, 600) to (300, 700)
 // with "Panel 42" at (left + 5, top - 15)) is checked in runs of the
-// toka-host program: screenshots, pixel expectations, pictures compared,
-// and runs that draw nothing.
+// toka-host program (screenshots, pixel expectations, pictures compared, and
+// runs that draw nothing); a scripted plugin in the host's frame loop in
+// this process calls the graphics services and draws with GL itself.
 #include <GL/gl.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <set>
 
-#include "harness/harness.h"
 #include "harness/host_program.h"
 #include "harness/picture.h"
 #include "host/config.h"
-#include "host/output.h"
 #include "host/render/render.h"
-#include "host/run.h"
-#include "host/scenario/scenario.h"
-#include "host/windows.h"
 #include "host/world/aircraft.h"
 #include "host/world/world.h"
 
@@ -106,92 +99,9 @@ void ExpectNothingDrawn(const Picture& picture, Rect window) {
       ASSERT_EQ(picture.At(window.left - 1, y), picture.At(x, y)) << x << "," << y;
 }
 
-// ---- the hello example -----------------------------------------------------
-
-class HelloScreenshot : public ::testing::Test {
-protected:
-  TempTree tree;
-  std::string output;
-  HostOptions options;
-  bool running = false;
-
-  void SetUp() override {
-    SetOutputCapture(&output);
-    std::string hello = ReadFile(std::string(TOKA_EXAMPLES_DIR) + "/hello.orv");
-    ASSERT_FALSE(hello.empty()) << "the hello example was not built";
-    tree.AddFile("Resources/plugins/hello.orv", hello);
-    PluginScript& tester = Script(tree.AddPlugin("Resources/plugins/tester.orv", "scripted"));
-    tester.name = "tester";
-    tester.signature = "test.tester";
-    options.config.root = tree.root();
-    options.config.otherAircraft = 0;
-    options.library = TOKA_LIBRARY_FILE;
-  }
-  void TearDown() override {
-    if (running) StopHost();
-    SetOutputCapture(nullptr);
-  }
-  void At(int frame, const std::string& text) {
-    ScenarioStep step;
-    std::string error;
-    ASSERT_TRUE(ParseScenarioStep(text, frame, "--at", step, error)) << text << ": " << error;
-    options.steps.push_back(step);
-  }
-};
-
-TEST_F(HelloScreenshot, ItsDarkBoxCoversItsWindowAndItsTwoLinesSitInsideWhereTheFontPutsThem) {
-  const std::string shown = tree.root() + "shown.png", hidden = tree.root() + "hidden.png";
-  At(2, "screenshot \"" + shown + "\"");
-  At(3, "key F6");
-  At(3, "screenshot \"" + hidden + "\"");
-  std::string error;
-  ASSERT_TRUE(StartHost(options, error)) << error;
-  running = true;
-
-  // The library lists no windows; the host, which sees them created, tells
-  // which one covers a point.
-  SeenWindow seen{};
-  for (int y = 0; y < gConfig.screenHeight && seen.plugin != "Hello"; y += 8)
-    for (int x = 0; x < gConfig.screenWidth && seen.plugin != "Hello"; x += 8) WindowAt(x, y, seen);
-  ASSERT_EQ("Hello", seen.plugin);
-
-  // Hello's lines: a greeting, and two lines further down the key and the
-  // menu item that toggle the window, 10 pixels in from its top-left corner.
-  std::vector<Text> texts = {{"Hello, world!", 0, 0},
-                             {"F6 or Plugins > Hello shows and hides me.", 0, 0}};
-  Rect window{};
-  Font font{};
-  std::vector<float> widths;
-  RunAs(TOKAFindPluginBySignature("test.tester"), [&] {
-    TOKAGetWindowGeometry(seen.handle, &window.left, &window.top, &window.right, &window.bottom);
-    TOKAGetFontDimensions(0, &font.cellWidth, &font.cellHeight, nullptr);
-    for (const Text& t : texts) widths.push_back(TOKAMeasureString(0, t.text.c_str(), (int)t.text.size()));
-  });
-  ASSERT_EQ(texts.size(), widths.size()) << "the tester did not run";
-  for (size_t i = 0; i < texts.size(); ++i) {
-    texts[i].x = window.left + 10;
-    texts[i].y = window.top - 10 - font.cellHeight - 2 * font.cellHeight * (int)i;
-    // A fixed-width font: the string fills its cells, and they fit the window.
-    EXPECT_EQ(font.cellWidth * (float)texts[i].text.size(), widths[i]);
-    EXPECT_LE(texts[i].x + widths[i], window.right) << texts[i].text;
-    EXPECT_GE(texts[i].y, window.bottom) << texts[i].text;
-  }
-
-  for (int frame = 0; frame < 3; ++frame) RunFrame();
-  StopHost();
-  running = false;
-  Picture picture;
-  ASSERT_TRUE(picture.Read(shown));
-  ASSERT_EQ(gConfig.screenWidth, picture.width);
-  ASSERT_EQ(gConfig.screenHeight, picture.height);
-  ExpectWindowDrawn(picture, window, texts, font);
-  ASSERT_TRUE(picture.Read(hidden));
-  ExpectNothingDrawn(picture, window);
-}
-
 // ---- a run of the program --------------------------------------------------
 
-class Screenshot : public ::testing::Test {
+class HostScreenshot : public ::testing::Test {
 protected:
   TempTree tree;
   ProgramRun Run(const std::string& scenario,
@@ -205,9 +115,15 @@ protected:
   }
 };
 
-TEST_F(Screenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame) {
-  ProgramRun run = Run("at 2\nscreenshot \"" + tree.root() + "shown.png\"\nat 3\nkey F1\n");
-  ASSERT_EQ(0, run.status) << run.err;
+TEST_F(HostScreenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame) {
+  ProgramRun run = Run("at 2\nscreenshot \"" + tree.root() + "shown.png\"\n"
+                       "screenshot \"" + tree.root() + "no/folder/x.png\"\nat 3\nkey F1\n");
+  EXPECT_EQ(1, run.status);
+  EXPECT_EQ("shots.scenario:3: frame 2: screenshot \"" + tree.root() + "no/folder/x.png\"\n"
+            "  expected: a picture in " + tree.root() + "no/folder/x.png\n"
+            "  found:    cannot write the file\n"
+            "toka-host: 1 of 3 steps failed\n",
+            run.err);
   Picture shown, last;
   ASSERT_TRUE(shown.Read(tree.root() + "shown.png"));
   ASSERT_TRUE(last.Read(tree.root() + "last.png"));
@@ -216,28 +132,15 @@ TEST_F(Screenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame) {
   Rect panel{100, 700, 300, 600};
   int cellWidth, cellHeight;
   FontCell(0, cellWidth, cellHeight);
-  ExpectWindowDrawn(shown, panel, {{"Panel 42", panel.left + 5, panel.top - 15}},
-                    {cellWidth, cellHeight});
+  ExpectWindowDrawn(shown, panel, {{"Panel 42", panel.left + 5, panel.top - 15}}, {cellWidth, cellHeight});
   // F1 hid the panel before the last frame was drawn.
   ExpectNothingDrawn(last, panel);
 }
 
-TEST_F(Screenshot, AFileThatCannotBeWrittenFailsTheStep) {
-  ProgramRun run = Run("at 1\nscreenshot \"" + tree.root() + "no/folder/x.png\"\n");
-  EXPECT_EQ(1, run.status);
-  EXPECT_EQ("shots.scenario:2: frame 1: screenshot \"" + tree.root() +
-                "no/folder/x.png\"\n"
-                "  expected: a picture in " + tree.root() + "no/folder/x.png\n"
-                "  found:    cannot write the file\n"
-                "toka-host: 1 of 1 steps failed\n",
-            run.err);
-}
-
-
 // A frame compared with a picture of itself taken by another run, then with
 // the panel hidden: its 200 x 100 pixels differ, and the frame and the
 // differences are written beside the picture.
-TEST_F(Screenshot, FramesMatchPicturesOfEarlierRunsAndDifferencesArePointedOut) {
+TEST_F(HostScreenshot, FramesMatchPicturesOfEarlierRunsAndDifferencesArePointedOut) {
   ASSERT_EQ(0, Run("at 2\nscreenshot ref.png\n", "").status);
   Picture reference;
   ASSERT_TRUE(reference.Read(tree.root() + "ref.png"));
@@ -280,7 +183,7 @@ TEST_F(Screenshot, FramesMatchPicturesOfEarlierRunsAndDifferencesArePointedOut) 
 // With --render none the plugins run and draw as before, into nothing, and
 // whatever needs a picture is refused before the run; without a driver the
 // host says what is missing instead of drawing.
-TEST_F(Screenshot, RunsWithoutPicturesAndWithoutADriver) {
+TEST_F(HostScreenshot, RunsWithoutPicturesAndWithoutADriver) {
   ProgramRun run = Run("at 1\nexpect host-call DrawTranslucentDarkBox count 1\n"
                        "expect window at 150 650\n",
                        " --render none");
@@ -311,14 +214,19 @@ TEST_F(Screenshot, RunsWithoutPicturesAndWithoutADriver) {
 
 // The graphics services act on the context the plugins draw into; the state
 // is remembered, so that asking again for what is set costs no GL call.
-TEST_F(HelloScreenshot, GraphicsServicesActOnTheContextPluginsDrawInto) {
-  std::string error;
-  ASSERT_TRUE(StartHost(options, error)) << error;
-  running = true;
-  RunFrame();
-  bool ran = false;
-  RunAs(TOKAFindPluginBySignature("test.tester"), [&] {
-    ran = true;
+class HostGraphics : public HostTest {
+protected:
+  void SetUp() override {
+    HostTest::SetUp();
+    options.render = true;
+    options.config.otherAircraft = 0;
+  }
+};
+
+TEST_F(HostGraphics, GraphicsServicesActOnTheContextPluginsDrawInto) {
+  Start();
+  Frames(1);
+  AsTester([&] {
     TOKASetGraphicsState(1, 2, 1, 1, 1, 1, 0);
     for (GLenum on : {GL_FOG, GL_LIGHTING, GL_ALPHA_TEST, GL_BLEND, GL_DEPTH_TEST})
       EXPECT_TRUE(glIsEnabled(on)) << on;
@@ -356,7 +264,6 @@ TEST_F(HelloScreenshot, GraphicsServicesActOnTheContextPluginsDrawInto) {
     glActiveTexture(GL_TEXTURE0);
     EXPECT_EQ(numbers[1], bound);
   });
-  EXPECT_TRUE(ran);
 }
 
 int Sabotage(int, int, void*) {
@@ -398,16 +305,14 @@ int SquareOnThePanel(int, int, void*) {
 // view (a point at the user's aircraft lands on its marker), the panel in
 // screen coordinates; whatever state one leaves, the host's own drawing and
 // its pictures of the frame are whole.
-TEST_F(HelloScreenshot, PluginsDrawWithTheSimulatorsProjectionsAndCannotSpoilTheHostsDrawing) {
-  std::string error;
-  ASSERT_TRUE(StartHost(options, error)) << error;
-  running = true;
-  RunAs(TOKAFindPluginBySignature("test.tester"), [&] {
+TEST_F(HostGraphics, PluginsDrawWithTheSimulatorsProjectionsAndCannotSpoilTheHostsDrawing) {
+  Start();
+  AsTester([&] {
     TOKARegisterDrawCallback(Sabotage, 5, 1, nullptr);               // before the sky
     TOKARegisterDrawCallback(PointAtTheUsersAircraft, 20, 0, nullptr);  // after the aircraft
     TOKARegisterDrawCallback(SquareOnThePanel, 40, 0, nullptr);      // after the panel
   });
-  RunFrame();
+  Frames(1);
   const Marker* user = nullptr;
   for (const Marker& marker : gMarkers)
     if (marker.kind == 'A' && marker.index == 0) user = &marker;
