@@ -194,12 +194,6 @@ TEST(HostWindow, WhatTheUserDidIsRecordedAndReplaysHeadless) {
   EXPECT_NE(0u, shown.At(640, 400));  // a frame was drawn, not a black picture
 }
 
-size_t Count(const std::string& text, const std::string& part) {
-  size_t count = 0;
-  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
-
 // A linker's way: the new build is written next to the plugin, under a name
 // the library does not load, and renamed over it.
 void Rebuild(TempTree& tree, const std::string& plugin, const std::string& fixture) {
@@ -249,10 +243,15 @@ TEST(HostWatch, ReloadsRebuiltPluginsAndRunsWithoutBuildsThatCannotLoad) {
   // SIGTERM ends the run as its last frame would.
   EXPECT_EQ(0, host.End(SIGTERM));
   ASSERT_TRUE(host.Await("watch: version 1 disabled\nwatch: version 1 stopped\n"));
-  std::string output = host.Output();
   // Neither the part files nor the reload itself count as rebuilds.
-  EXPECT_EQ(5u, Count(output, "toka-host: reloading the plugins: ")) << output;
-  EXPECT_EQ(3u, Count(output, without)) << output;
+  std::string output = host.Output();
+  auto count = [&](const std::string& part) {
+    int n = 0;
+    for (size_t at = output.find(part); at != std::string::npos; at = output.find(part, at + 1)) ++n;
+    return n;
+  };
+  EXPECT_EQ(5, count("toka-host: reloading the plugins: ")) << output;
+  EXPECT_EQ(3, count(without)) << output;
   EXPECT_EQ("", host.Errors());
 }
 

@@ -32,44 +32,27 @@ struct Rect {
   int left, top, right, bottom;
 };
 
-// A string in font 0 placed by its baseline's left end, in a cell of the
-// font's size per character.
-struct Text {
-  std::string text;
-  int x, y;
-};
-
-struct Font {
+// Whether a glyph dot of text, in font 0 with its baseline's left end at
+// (x0, y0), covers the pixel: each character's 5 x 7 dots sit at the left of
+// its cell, one row below the cell's top.
+bool TextAt(const std::string& text, int x0, int y0, int x, int y) {
   int cellWidth, cellHeight;
-};
-
-// The text whose glyph dots cover the pixel, or -1: each character's 5 x 7
-// dots sit at the left of its cell, one row below the cell's top.
-int TextAt(const std::vector<Text>& texts, Font font, int x, int y) {
-  for (size_t i = 0; i < texts.size(); ++i) {
-    const Text& t = texts[i];
-    if (x < t.x || x >= t.x + font.cellWidth * (int)t.text.size()) continue;
-    int index = (x - t.x) / font.cellWidth, column = (x - t.x) % font.cellWidth;
-    int row = t.y + font.cellHeight - 2 - y;
-    if (row < 0 || row >= kGlyphRows || column >= 5) continue;
-    if (GlyphRows((unsigned char)t.text[index])[row] & (0x10 >> column)) return (int)i;
-  }
-  return -1;
+  FontCell(0, cellWidth, cellHeight);
+  if (x < x0 || x >= x0 + cellWidth * (int)text.size()) return false;
+  int index = (x - x0) / cellWidth, column = (x - x0) % cellWidth, row = y0 + cellHeight - 2 - y;
+  if (row < 0 || row >= kGlyphRows || column >= 5) return false;
+  return GlyphRows((unsigned char)text[index])[row] & (0x10 >> column);
 }
 
 // Inside the window every pixel is what lies behind it (the pixels just left
 // and right of it on the same row, which it leaves alone) darkened, except
-// the texts' glyph dots, each text in one colour of its own; the rows just
-// below and above are left alone.
-void ExpectWindowDrawn(const Picture& picture, Rect window, const std::vector<Text>& texts,
-                       Font font) {
-  std::vector<int> dotsFound(texts.size()), dotsExpected(texts.size());
-  std::vector<uint32_t> colours(texts.size());
-  for (size_t i = 0; i < texts.size(); ++i)
-    for (char c : texts[i].text)
-      for (int row = 0; row < kGlyphRows; ++row)
-        dotsExpected[i] += __builtin_popcount(GlyphRows((unsigned char)c)[row]);
-  int wrong = 0;
+// the text's glyph dots, all in one colour; the rows just below and above
+// are left alone.
+void ExpectWindowDrawn(const Picture& picture, Rect window, const std::string& text, int x0, int y0) {
+  int dotsExpected = 0, dotsFound = 0, wrong = 0;
+  for (char c : text)
+    for (int row = 0; row < kGlyphRows; ++row) dotsExpected += __builtin_popcount(GlyphRows((unsigned char)c)[row]);
+  uint32_t colour = 0;
   std::string firstWrong;
   for (int y = window.bottom - 1; y <= window.top; ++y) {
     uint32_t behind = picture.At(window.left - 1, y);
@@ -77,19 +60,17 @@ void ExpectWindowDrawn(const Picture& picture, Rect window, const std::vector<Te
     ASSERT_NE(Darkened(behind), behind) << "row " << y << " would not show a dark box";
     bool inside = y >= window.bottom && y < window.top;
     for (int x = window.left; x < window.right; ++x) {
-      int text = inside ? TextAt(texts, font, x, y) : -1;
+      bool dot = inside && TextAt(text, x0, y0, x, y);
       uint32_t pixel = picture.At(x, y);
-      if (text >= 0 && dotsFound[text]++ == 0) colours[text] = pixel;
-      uint32_t expected = !inside ? behind : text >= 0 ? colours[text] : Darkened(behind);
+      if (dot && dotsFound++ == 0) colour = pixel;
+      uint32_t expected = !inside ? behind : dot ? colour : Darkened(behind);
       // GL's blending rounds where a quarter of a channel is not whole.
-      bool right = PixelMatches(pixel, expected, 1) &&
-                   (text < 0 || !PixelMatches(pixel, Darkened(behind), 1));
+      bool right = PixelMatches(pixel, expected, 1) && (!dot || !PixelMatches(pixel, Darkened(behind), 1));
       if (!right && !wrong++) firstWrong = std::to_string(x) + "," + std::to_string(y);
     }
   }
   EXPECT_EQ(0, wrong) << "first wrong pixel at " << firstWrong;
-  // Every dot of every text lies inside the window.
-  EXPECT_EQ(dotsExpected, dotsFound);
+  EXPECT_EQ(dotsExpected, dotsFound);  // every dot lies inside the window
 }
 
 // Where a hidden window was, nothing is darkened and nothing is written.
@@ -130,9 +111,7 @@ TEST_F(HostScreenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame
   EXPECT_EQ(1280, shown.width);
   EXPECT_EQ(800, shown.height);
   Rect panel{100, 700, 300, 600};
-  int cellWidth, cellHeight;
-  FontCell(0, cellWidth, cellHeight);
-  ExpectWindowDrawn(shown, panel, {{"Panel 42", panel.left + 5, panel.top - 15}}, {cellWidth, cellHeight});
+  ExpectWindowDrawn(shown, panel, "Panel 42", panel.left + 5, panel.top - 15);
   // F1 hid the panel before the last frame was drawn.
   ExpectNothingDrawn(last, panel);
 }

@@ -5,16 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <map>
 #include <regex>
 
 #include "harness/host_program.h"
 #include "harness/temp_tree.h"
-#include "host/keys.h"
 #include "host/run.h"
 #include "host/scenario/scenario.h"
-#include "toka/TOKAUtilities.h"
 
 using namespace toka_host;
 using namespace toka_test;
@@ -43,20 +39,6 @@ TEST(ScenarioParser, SecondsCountInFramesOfTheTimeStep) {
   EXPECT_EQ(5, Parse("at 0.5 s\nat 5\npause\n", 0.1).at(0).frame);
 }
 
-TEST(ScenarioParser, KeyNamesAreTheLibrarysOwn) {
-  int named = 0;
-  for (int code = 0; code < 256; ++code) {
-    std::string name = TOKAGetVirtualKeyDescription((char)code);
-    if (name == "Unknown") continue;
-    ++named;
-    const VirtualKey* key = FindVirtualKey(name);
-    ASSERT_TRUE(key) << name;
-    EXPECT_EQ(code, key->code) << name;
-  }
-  EXPECT_EQ(110, named);
-  EXPECT_EQ(110u, VirtualKeys().size());
-}
-
 TEST(ScenarioParser, AMalformedLineStopsWithFileLineAndColumn) {
   std::string badRegex;
   try {
@@ -69,28 +51,21 @@ TEST(ScenarioParser, AMalformedLineStopsWithFileLineAndColumn) {
       {"pause\n  push F1", "s.scenario:2:3: unknown step \"push\""},
       {"menu \"Plugins/Panel", "s.scenario:1:6: unterminated string"},
       {"at 10\n\nat 5", "s.scenario:3:4: time goes backwards: frame 5 is before frame 10"},
-      {"at", "s.scenario:1:3: expected a frame number or a time in seconds"},
       {"at 2 s later", "s.scenario:1:8: unexpected \"later\""},
-      {"click 10", "s.scenario:1:9: expected Y"},
       {"key F25", "s.scenario:1:5: unknown key \"F25\""},
-      {"key A hyper", "s.scenario:1:7: unknown key flag \"hyper\""},
       {"menu Sim/Pause", "s.scenario:1:6: expected a menu path in double quotes, found \"Sim/Pause\""},
       {"command x hold", "s.scenario:1:11: expected \"begin\", \"end\" or \"once\", found \"hold\""},
       {"dataref x 1", "s.scenario:1:11: expected \"=\", found \"1\""},
       {"aircraft fly", "s.scenario:1:10: expected \"load\" or \"unload\", found \"fly\""},
       {"message 99", "s.scenario:1:9: the simulator sends messages 101 to 108, not 99"},
-      {"airport KXYZ", "s.scenario:1:9: unknown airport \"KXYZ\""},
       {"expect sky blue",
        "s.scenario:1:8: expected \"log\", \"dataref\", \"window\", \"no\", \"plugin\", \"menu\", "
        "\"host-call\", \"pixel\" or \"screenshot\", found \"sky\""},
       {"expect pixel 1 2 #12345", "s.scenario:1:18: expected a colour #RRGGBB, found \"#12345\""},
-      {"expect pixel 1 2 #123456 within", "s.scenario:1:32: expected a tolerance per channel"},
       {"expect screenshot matches a.png within 5",
        "s.scenario:1:40: expected a share of the pixels such as 0.5%, found \"5\""},
-      {"expect screenshot like a.png", "s.scenario:1:19: expected \"matches\", found \"like\""},
       {"expect log matches /(/", "s.scenario:1:20: bad regular expression: " + badRegex},
       {"expect log matches /abc", "s.scenario:1:20: unterminated regular expression"},
-      {"expect dataref x = 1", "s.scenario:1:18: expected \"==\", found \"=\""},
       {"expect plugin Panel sleeping",
        "s.scenario:1:21: expected \"enabled\", \"disabled\", \"loaded\" or \"absent\", found "
        "\"sleeping\""},
@@ -294,7 +269,7 @@ TEST_F(ScenarioRun, BrokenExpectationsPrintFrameStepExpectedAndFoundAndCountInTh
       run.err);
 }
 
-TEST_F(ScenarioRun, TheStatusStopsAtAHundredAndStepsNeverReachedFail) {
+TEST_F(ScenarioRun, TheStatusStopsAtAHundredStepsNeverReachedFailAndMalformedOnesNeverStart) {
   std::string scenario;
   for (int i = 0; i < 105; ++i) scenario += "expect plugin Nobody loaded\n";
   ProgramRun run = Run(scenario);
@@ -316,10 +291,9 @@ TEST_F(ScenarioRun, TheStatusStopsAtAHundredAndStepsNeverReachedFail) {
   // --at steps join the file's.
   run = Run("at 5\nexpect plugin Panel disabled\n", "--at '5:disable Panel'");
   EXPECT_EQ(0, run.status) << run.err;
-}
 
-TEST_F(ScenarioRun, AMalformedScenarioNeverStarts) {
-  ProgramRun run = Run("expect plugin Panel enabled\nclick 10 x\n");
+  // A malformed scenario never starts.
+  run = Run("expect plugin Panel enabled\nclick 10 x\n");
   EXPECT_EQ(kCannotRunStatus, run.status);
   EXPECT_EQ(tree.root() + "test.scenario:2:10: bad number \"x\"\n", run.err);
   EXPECT_EQ("", run.out);  // no plugin was loaded
@@ -342,10 +316,7 @@ TEST(ExampleScenarios, EveryExamplesScenarioPassesAndFailsWithoutTheExamples) {
       std::string scenario = examples + folder + "/" + name;
       scenarios.push_back(folder + "/" + name);
       // Only scenarios that look at pixels pay for drawing them.
-      std::string text = ReadFile(scenario);
-      bool pixels = text.find("\nexpect pixel ") != std::string::npos ||
-                    text.find("\nexpect screenshot ") != std::string::npos ||
-                    text.find("\nscreenshot ") != std::string::npos;
+      bool pixels = std::regex_search(ReadFile(scenario), std::regex("\n(expect )?(pixel|screenshot) "));
       std::string arguments = "' --library '" + std::string(TOKA_LIBRARY_FILE) + "' --scenario '" +
                               scenario + "'" + (pixels ? "" : " --render none");
       ProgramRun run = RunProgram(TOKA_HOST_BINARY, "--root '" + std::string(TOKA_EXAMPLES_ROOT) +
@@ -421,41 +392,15 @@ TEST(HostProgram, RunsTheExamplePluginsThroughTheirWholeLifeWithUserInput) {
             ReadFile(trace).find("frame 3000 slot 29 DebugString(\"hello: stopped\\n\")\n"));
 }
 
-TEST(HostProgram, HelpDocumentsEveryOptionAndEachIsUnderstood) {
+TEST(HostProgram, HelpDocumentsTheOptionsAndBadValuesAreRefused) {
   ProgramRun run = RunProgram(TOKA_HOST_BINARY, "--help");
-  ASSERT_EQ(0, run.status);
+  EXPECT_EQ(0, run.status);
   EXPECT_EQ(HostUsage(), run.out);
-  // An example value for each option that takes one.
-  const std::map<std::string, std::string> examples = {
-      {"--root", "sim/"}, {"--library", "lib.so"}, {"--frames", "5"}, {"--seconds", "1.5"},
-      {"--step", "0.02"}, {"--screen", "640x480"}, {"--airport", "KOLM"}, {"--aircraft", "a/b.acf"},
-      {"--traffic", "4"}, {"--ground-elevation", "12"}, {"--terrain-extent", "5000"},
-      {"--trace", "t.txt"}, {"--screenshot", "s.png"}, {"--at", "3:key X"}, {"--print-menus", ""},
-      {"--scenario", "s.scenario"}, {"--render", "none"}, {"--window", ""}, {"--watch", ""},
-      {"--record", "r.scenario"}};
-  std::regex option(R"(\n  (--[a-z-]+))");
-  int documented = 0;
-  for (std::sregex_iterator it(run.out.begin(), run.out.end(), option), end; it != end; ++it) {
-    std::string name = (*it)[1];
-    if (name == "--help") continue;
-    ++documented;
-    ASSERT_TRUE(examples.count(name)) << name << " is documented but not tried here";
-    std::vector<std::string> words = {"toka-host", name};
-    if (!examples.at(name).empty()) words.push_back(examples.at(name));
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(&word[0]);
-    HostOptions options;
-    std::string error;
-    EXPECT_TRUE(ParseHostOptions((int)argv.size(), argv.data(), options, error)) << name << ": " << error;
-  }
-  EXPECT_EQ((int)examples.size(), documented);
-
   const char* words[] = {"toka-host", "--seconds", "1.5", "--step", "0.02"};
   HostOptions options;
   std::string error;
   ASSERT_TRUE(ParseHostOptions(5, const_cast<char**>(words), options, error));
-  EXPECT_EQ((int)std::ceil(1.5 / 0.02 - 1e-9), options.frames);
-
+  EXPECT_EQ(75, options.frames);
   for (auto bad : std::vector<std::pair<std::string, std::string>>{
            {"--screen 0x10", "--screen: 0x10"},
            {"--at '5:fly high'", "--at: 5:fly high: column 1: unknown step \"fly\""},

@@ -1,8 +1,7 @@
 // The reference host's world alone, through the services table it hands to
-// the library: coordinates, terrain, the aircraft and their motion, the
-// simulator's datarefs and situation files.
+// the library: coordinates, terrain, the aircraft and their motion, and the
+// simulator's datarefs.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cmath>
 #include <cstring>
@@ -186,13 +185,12 @@ TEST_F(HostWorld, DataRefsFollowTheWorldAndWritesChangeIt) {
   EXPECT_EQ(two.latitude, gAircraft[2].latitude);
   EXPECT_NE(one.latitude, gAircraft[1].latitude);
 
-  // NAV1 and pause, written and read back, and as the commands change them.
+  // NAV1 and pause, as written and as the commands change them; the band
+  // wraps around.
   const Registered& nav1 = gRegistered.at("sim/cockpit/radios/nav1_freq");
   nav1.writeInt(nav1.writeRefcon, 11795);
   services->CommandBegin(services->CreateCommand("sim/radios/nav1_up", nullptr, 0));
-  EXPECT_EQ(10800, GetInt("sim/cockpit/radios/nav1_freq"));  // the band wraps around
-  services->CommandBegin(services->CreateCommand("sim/radios/nav1_down", nullptr, 0));
-  EXPECT_EQ(11795, GetInt("sim/cockpit/radios/nav1_freq"));
+  EXPECT_EQ(10800, GetInt("sim/cockpit/radios/nav1_freq"));
   const Registered& paused = gRegistered.at("sim/time/paused");
   paused.writeInt(paused.writeRefcon, 1);
   EXPECT_TRUE(gPaused);
@@ -205,38 +203,6 @@ TEST_F(HostWorld, DataRefsFollowTheWorldAndWritesChangeIt) {
   CheckForCrash();
   EXPECT_GT(GetDouble("sim/flightmodel/position/elevation"), gConfig.groundElevation);
   EXPECT_EQ("[sim] running\n[aircraft] crashed\n", output);
-}
-
-TEST_F(HostWorld, SituationFilesRestoreTheWorldFromThePreferencesFolder) {
-  for (int i = 0; i < 120; ++i) MoveAircraft(gConfig.step);
-  gNav1Frequency = 11030;
-  std::vector<Aircraft> saved = gAircraft;
-  ASSERT_EQ(1, services->SaveDataFile(1, "flights/test.sit"));
-  ASSERT_EQ(1, services->SaveDataFile(2, "user.sit"));
-  struct stat info;
-  EXPECT_EQ(0, stat((tree.root() + "Output/preferences/flights/test.sit").c_str(), &info));
-
-  for (int i = 0; i < 120; ++i) MoveAircraft(gConfig.step);
-  gNav1Frequency = 10800;
-  std::vector<Aircraft> moved = gAircraft;
-  // The user's aircraft only: the traffic stays where it is now.
-  ASSERT_EQ(1, services->LoadDataFile(2, "user.sit"));
-  EXPECT_NEAR(saved[0].latitude, gAircraft[0].latitude, 1e-10);
-  EXPECT_EQ(moved[1].latitude, gAircraft[1].latitude);
-  EXPECT_EQ(10800, gNav1Frequency);
-  // The whole situation.
-  ASSERT_EQ(1, services->LoadDataFile(1, "flights/test.sit"));
-  for (size_t i = 0; i < saved.size(); ++i) {
-    EXPECT_NEAR(saved[i].latitude, gAircraft[i].latitude, 1e-10);
-    EXPECT_NEAR(saved[i].longitude, gAircraft[i].longitude, 1e-10);
-    EXPECT_NEAR(saved[i].heading, gAircraft[i].heading, 1e-4);
-    EXPECT_EQ(saved[i].path, gAircraft[i].path);
-  }
-  EXPECT_EQ(11030, gNav1Frequency);
-  // Wrong type, missing file: nothing happens.
-  EXPECT_EQ(0, services->LoadDataFile(1, "user.sit"));
-  EXPECT_EQ(0, services->LoadDataFile(1, "missing.sit"));
-  EXPECT_EQ(0, services->SaveDataFile(3, "other.sit"));
 }
 
 }  // namespace

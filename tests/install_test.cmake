@@ -1,12 +1,11 @@
 # Installs one or more builds of Toka (one per architecture) into one fresh
 # prefix, side by side, and checks each as a plugin author would use it:
 # - its files in its own multiarch folder, none overwritten by the other's;
-# - the plugin template configured against it with find_package(Toka) for
-#   its architecture: a "my_plugin.orv" of that architecture exporting the
-#   plugin entry points and nothing else of its own, and a "check" target that
-#   runs the template's scenario in that architecture's installed toka-host,
-#   passing as it stands and failing once the scenario expects what the
-#   plugin does not do;
+# - the plugin template configured against it with find_package(Toka): a
+#   "my_plugin.orv" of its architecture exporting the plugin entry points and
+#   nothing else of its own, and a "check" target that runs the template's
+#   scenario in its installed toka-host, passing as it stands and failing
+#   once the scenario expects what the plugin does not do;
 # - the same plugin built without CMake, with pkg-config --cflags --libs toka.
 #
 #   cmake -DBUILD_DIRS="build/plain;build/plain64" -DSOURCE_DIR=. -DWORK_DIR=... -P tests/install_test.cmake

@@ -31,6 +31,7 @@ double Haversine(double lat1, double lon1, double lat2, double lon2);
 #ifdef TOKA_HOST_BINARY
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "harness/harness.h"
@@ -107,12 +108,10 @@ protected:
       if (e.find(".message(") == std::string::npos) kept.push_back(e);
     return kept;
   }
+  // Whether the tester (ID 1) got the simulator's message.
   bool Received(int message, int param) {
-    std::string wanted = "tester.message(0," + std::to_string(message) + "," +
-                         std::to_string(param) + ")@" + std::to_string(id);
-    for (const std::string& e : Events())
-      if (e == wanted) return true;
-    return false;
+    std::string wanted = "tester.message(0," + std::to_string(message) + "," + std::to_string(param) + ")@1";
+    return std::find(Events().begin(), Events().end(), wanted) != Events().end();
   }
 };
 

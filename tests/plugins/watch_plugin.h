@@ -1,13 +1,9 @@
 // The plugin of the --watch test, in versions that stand for successive
-// builds of one plugin file. Each source sets WATCH_VERSION and may set
-// - WATCH_NO_START: no start entry, a build the library cannot use;
-// - WATCH_MISSING_FUNCTION: a call to a function nothing defines, a build
-//   the dynamic loader refuses;
-// - WATCH_START_RESULT 0: a start entry that refuses to start;
-// - WATCH_ABORTS_WHEN_LOADED: a static constructor that aborts, a build that
-//   ends the process that loads it.
-// It stands alone (toka-host runs it in a process of its own) and logs each
-// entry point as "watch: version N <entry>".
+// builds of one plugin file; it logs each entry point as "watch: version N
+// <entry>". Each source sets WATCH_VERSION and may set WATCH_NO_START (a
+// build the library cannot use), WATCH_MISSING_FUNCTION (one the dynamic
+// loader refuses), WATCH_START_RESULT 0 (one that refuses to start) or
+// WATCH_ABORTS_WHEN_LOADED (one that ends the process that loads it).
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
