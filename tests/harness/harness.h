@@ -22,9 +22,9 @@ using Lines = std::vector<std::string>;
 // inside its own dispatch context; it is not recorded in Events().
 constexpr int kRunAsMessage = 0x7A0A;
 
-// Runs fn as plugin `plugin` (which must be enabled and scripted).
+// Runs fn as plugin `plugin` (which must be enabled and scripted); As also
+// returns what fn returns.
 void RunAs(int plugin, const std::function<void()>& fn);
-// The same, returning what fn returns.
 template <class F>
 auto As(int plugin, F fn) {
   decltype(fn()) result{};
@@ -36,10 +36,8 @@ auto As(int plugin, F fn) {
 inline std::string At(int plugin) { return "@" + std::to_string(plugin); }
 // Appends "<text>@<dispatched ID>" to Events(), as the entry points do.
 void Log(const std::string& text);
-// Events() so far, which are then forgotten.
-Lines TakeEvents();
-// Runs fn and returns the events it caused.
-Lines During(const std::function<void()>& fn);
+Lines TakeEvents();                              // Events() so far, then forgotten
+Lines During(const std::function<void()>& fn);  // the events fn caused
 
 // A plugin callback whose refcon says what it answers and what else it does.
 struct ScriptedCallback {
@@ -52,9 +50,9 @@ struct ScriptedCallback {
   int Run(const std::string& call);
 };
 
-// An error callback that logs "error(<message>)".
+// An error callback that logs "error(<message>)", and its installation as
+// the error callback of plugin `plugin`.
 void RecordError(const char* message);
-// Installs RecordError as the error callback of plugin `plugin`.
 void RecordErrorsOf(int plugin);
 
 // Object handles as the fake simulator hands them out, and as logged:
