@@ -146,4 +146,28 @@ TEST_F(Datarefs, OnlyTheLiveOwnerHoldsANameAndStrayHandlesAreRejected) {
   EXPECT_EQ((Lines{"readInt(4)@2"}), Events());
 }
 
+// Records come in blocks beside an index of where they lie: every handle of
+// a hundred thousand stays found and good, strays between and past the
+// blocks do not, and a name freed by its owner's unload is found again in
+// the very same record once re-registered.
+TEST_F(Datarefs, HandlesStayRightAcrossAHundredThousandRegistrations) {
+  const int count = 100000;
+  auto name = [](int i) { return "test/n" + std::to_string(i); };
+  std::vector<TOKADataRef> refs;
+  RunAs(pub, [&] {
+    for (int i = 0; i < count; ++i) refs.push_back(RegisterInt(name(i).c_str(), (void*)(intptr_t)i));
+  });
+  for (int i = 0; i < count; ++i)
+    if (refs[i] != TOKAFindDataRef(name(i).c_str()) || TOKAIsDataRefGood(refs[i]) != 1)
+      FAIL() << "dataref " << i << " is lost";
+  const size_t size = (char*)refs[1] - (char*)refs[0];
+  int local = 0;
+  for (void* stray : {(void*)((char*)refs[count - 1] + size), (void*)((char*)refs[32] - 4), (void*)&local})
+    EXPECT_EQ(0, TOKAIsDataRefGood(stray));
+  TOKAShutdownPlugins();
+  EXPECT_EQ(0, TOKAIsDataRefGood(refs[count - 1]));
+  EXPECT_EQ(refs[count - 1], RegisterInt(name(count - 1).c_str(), nullptr));
+  EXPECT_EQ(refs[count - 1], TOKAFindDataRef(name(count - 1).c_str()));
+}
+
 }  // namespace
