@@ -114,4 +114,25 @@ TEST_F(FlightLoops, ThrowingCallbackLeavesTheCallerDispatchedAndItsLoopUnchanged
   EXPECT_EQ((Lines{"a 2 2 #2@1", "b 2 2 #2@1"}), Pass(2));
 }
 
+// Callbacks that destroy, unregister and create loops while the pass walks
+// them: what was removed never runs again, what was created waits for the
+// next pass.
+TEST_F(FlightLoops, CallbacksChangeTheLoopsOfTheRunningPass) {
+  Loop z{"z"}, y{"y"}, x{"x"}, w{"w"}, n{"n"};
+  Create(alpha, z, 0, -1);
+  Create(beta, y, 0, -1);
+  Create(alpha, x, 0, -1);
+  Create(alpha, w, 0, -1);
+  w.action = [&] { TOKADestroyFlightLoop(w.id); };
+  x.action = [&] {
+    TOKAUnregisterFlightLoopCallback(RunLoop, &x);  // itself
+    TOKAUnregisterFlightLoopCallback(RunLoop, &y);  // another plugin's, not yet run
+  };
+  z.action = [&] { if (!n.id) Create(alpha, n, 0, -1); };
+  EXPECT_EQ((Lines{"w 1 1 #1@1", "x 1 1 #1@1", "z 1 1 #1@1"}), Pass(1));
+  n.action = [&] { for (Loop* loop : {&n, &z}) TOKADestroyFlightLoop(loop->id); };
+  EXPECT_EQ((Lines{"n 2 2 #2@1"}), Pass(2));
+  EXPECT_EQ(Lines{}, Pass(3));
+}
+
 }  // namespace

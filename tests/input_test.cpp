@@ -98,4 +98,20 @@ TEST_F(Input, TheNewestEnabledHotKeyOfTheExactCombinationWins) {
   EXPECT_EQ((Lines{"older.hotkey()@1"}), Key('x', 0, 'B', 0));
 }
 
+// Sniffers that unregister themselves and others while a key is dispatched.
+TEST_F(Input, SniffersRemovedWhileKeysAreDispatchedAreNotCalledAgain) {
+  ScriptedCallback first{"first"}, second{"second"}, third{"third"}, late{"late"};
+  Sniff(alpha, late, 0);
+  Sniff(alpha, third, 1);
+  Sniff(beta, second, 1);
+  Sniff(alpha, first, 1);
+  first.onCall = [&] { EXPECT_EQ(1, TOKAUnregisterKeySniffer(SnifferThunk, 1, &first)); };
+  second.onCall = [&] {
+    TOKAUnregisterKeySniffer(SnifferThunk, 1, &third);
+    TOKAUnregisterKeySniffer(SnifferThunk, 0, &late);
+  };
+  EXPECT_EQ((Lines{"first.sniff(97,0,65)@1", "second.sniff(97,0,65)@2"}), Key('a', 0, 'A', 1));
+  EXPECT_EQ((Lines{"second.sniff(97,0,65)@2"}), Key('a', 0, 'A', 1));
+}
+
 }  // namespace

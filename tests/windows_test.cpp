@@ -111,4 +111,36 @@ TEST_F(Drawing, ReflectionPassesCallOnlyPluginsThatAskForThem) {
   EXPECT_EQ((Lines{"b.draw(10,0)@2", "a.draw(10,0)@1"}), During([] { TOKADoDrawingHook(5, 0); }));
 }
 
+// Callbacks that remove draw callbacks and windows while the drawing walk
+// stands on them: the removed are not called or found again, a callback
+// registered during the walk waits for the next frame.
+TEST_F(Drawing, CallbacksAndWindowsRemovedWhileDrawingAreNotCalledAgain) {
+  ScriptedCallback a{"a"}, b{"b"}, c{"c"}, e{"e"};
+  Draw(beta, c, 20, 1);
+  Draw(alpha, b, 20, 1);
+  Draw(alpha, a, 20, 1);
+  a.onCall = [&] { EXPECT_EQ(1, TOKAUnregisterDrawCallback(DrawThunk, 20, 1, &a)); };
+  b.onCall = [&] {
+    TOKAUnregisterDrawCallback(DrawThunk, 20, 1, &c);
+    if (!e.onCall) Draw(alpha, e, 20, 1);
+    e.onCall = [] {};
+  };
+  EXPECT_EQ((Lines{"a.draw(20,1)@1", "b.draw(20,1)@1"}), Frame(8));
+  EXPECT_EQ((Lines{"e.draw(20,1)@1", "b.draw(20,1)@1"}), Frame(8));
+
+  ScriptedWindow back{"back"}, middle{"middle"}, front{"front"};
+  OpenWindow(alpha, back, 0, 10, 10, 0);
+  OpenWindow(beta, middle, 0, 10, 10, 0);
+  OpenWindow(alpha, front, 0, 10, 10, 0);
+  back.onDraw = [&] {
+    TOKADestroyWindow(back.id);
+    TOKADestroyWindow(middle.id);
+    EXPECT_EQ(nullptr, TOKAGetWindowRefCon(back.id));
+  };
+  EXPECT_EQ((Lines{"back.draw()@1", "front.draw()@1"}), Frame());
+  front.onDraw = [&] { TOKADestroyWindow(front.id); };
+  EXPECT_EQ((Lines{"front.draw()@1"}), Frame());
+  EXPECT_EQ(Lines{}, Frame());
+}
+
 }  // namespace
