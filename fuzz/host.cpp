@@ -12,8 +12,10 @@ std::vector<int> host_items;
 
 static int next_host_id;
 static std::map<std::string, TOKACommandRef> commands;
-static char command_records[16];
-static char object_records[4096];
+// The simulator's commands and objects, 16 bytes apart: an address a few
+// bytes past one is never another.
+static char command_records[16][16];
+static char object_records[4096][16];
 static int objects_loaded;
 struct Load {
   TOKAObjectLoaded_f done;
@@ -49,14 +51,14 @@ static void install_answers() {
   t.CreateCommand = [](const char* name, const char*, int create) -> TOKACommandRef {
     auto found = commands.find(name);
     if (found != commands.end()) return found->second;
-    if (!create || commands.size() == sizeof command_records) return nullptr;
-    return commands[name] = &command_records[commands.size()];
+    if (!create || commands.size() == 16) return nullptr;
+    return commands[name] = command_records[commands.size()];
   };
   t.CreateProbe = [] { return ++next_host_id; };
   t.MeasureString = [](int, const char*, int count) { return 8.0f * (float)count; };
   t.LoadObject = [](const char* path) -> TOKAObjectRef {
     if (!*path) return nullptr;
-    return &object_records[objects_loaded++ % sizeof object_records];
+    return object_records[objects_loaded++ % 4096];
   };
   t.LookupObjects = [](const char*, float, float, TOKAObjectLibraryEnumerator_f found,
                        void* refcon) {
