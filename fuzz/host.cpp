@@ -160,7 +160,9 @@ static void key_press() { TOKAKeyPressHook((char)next_byte(), pick(16), (char)ne
 static void mouse_click() { TOKAMouseClickHook(screen_x(), screen_y(), pick(2)); }
 static void cursor() { TOKACursorHook(screen_x(), screen_y()); }
 static void scroll() { TOKAScrollWheelHook(screen_x(), screen_y(), pick(2), next_int(-2, 2)); }
-static int host_item() { return host_items.empty() ? pick(8) : host_items[pick(host_items.size())]; }
+static int host_item() {
+  return host_items.empty() ? pick(8) : host_items[pick(host_items.size())];
+}
 static void menu_pick() { TOKAMenuHook(host_item()); }
 static void menu_check() {
   int checked = 7;

