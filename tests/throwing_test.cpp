@@ -153,6 +153,17 @@ TEST_F(Throwing, StartEnableAndDisableThrowToTheHostWithTheirPluginInOrder) {
   EXPECT_THROW(TOKADisablePlugin(3), std::runtime_error);
   EXPECT_EQ(0, TOKAGetMyID());
   EXPECT_EQ(0, TOKAIsPluginEnabled(3));
+
+  // A shutdown that a disable entry interrupts stops there; a second one
+  // finishes it.
+  TOKAEnablePlugin(3);
+  scripts[1]->onDisable = [] { throw std::runtime_error("disable"); };
+  EXPECT_THROW(TOKAShutdownPlugins(), std::runtime_error);
+  EXPECT_EQ(0, TOKAIsPluginEnabled(1));
+  EXPECT_EQ(1, TOKAIsPluginEnabled(2) && TOKAIsPluginEnabled(3));
+  gamma.onDisable = nullptr;
+  EXPECT_NO_THROW(TOKAShutdownPlugins());
+  EXPECT_EQ(0, TOKACountPlugins());
 }
 
 // What a plugin whose stop entry threw owned is withdrawn before its module
