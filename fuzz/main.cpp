@@ -55,7 +55,9 @@ int me() {
   return -1;
 }
 
-// A refcon carries its slot in its low bits and a serial number above them.
+// A refcon carries its slot in its low bits and a serial number above them;
+// serials below kFirstSerial are the few refcons plugins share.
+constexpr unsigned kFirstSerial = 16;
 void* new_refcon(int slot) { return (void*)(uintptr_t)((++refcons << 2) | (unsigned)slot); }
 int refcon_slot(void* refcon) { return (int)((uintptr_t)refcon & 3); }
 
@@ -98,6 +100,7 @@ extern "C" int FuzzStart(const char* path, const FuzzModule* module, char* name,
   if (slot.id > 0) return 1;
   slot.module = module;
   slot.id = TOKAGetMyID();
+  slot.first_serial = refcons + 1;
   slot.error_callback = false;
   slot.errors.clear();
   std::strcpy(description, "a plugin the fuzzer scripts");
@@ -114,6 +117,10 @@ static void check_owner(int slot, void* refcon) {
   int owner = refcon_slot(refcon);
   CHECK(owner == slot);
   CHECK(TOKAGetMyID() == slots[owner].id);
+  // Nothing registered by an earlier load of the plugin is called: its code
+  // was unloaded (a new load may lie at the same address).
+  unsigned serial = (unsigned)((uintptr_t)refcon >> 2);
+  CHECK(serial < kFirstSerial || serial >= slots[owner].first_serial);
 }
 
 extern "C" int FuzzCallback(const char* path, int kind, void* refcon, const void* data,
@@ -275,7 +282,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   input_left = size;
   ops_left = 3000;
   depth = 0;
-  refcons = 0;
+  refcons = kFirstSerial;
   walked = {kPools, nullptr};
   reset_host();
   for (Slot& slot : slots) {

@@ -141,6 +141,9 @@ void UnloadOnePlugin(int id) {
     }
   }
   RunCleanupHooks(id);
+  // What the stop entry queued (an object load it asked for) must not reach
+  // the plugin either: its code is about to go.
+  ReleaseDeliveries(id);
   PluginRecord& record = gAllPlugins[id];
   if (record.module) TOKAUnloadDLL(record.module);
   ForgetModule(record);
