@@ -129,11 +129,21 @@ static void ForgetModule(PluginRecord& record) {
 void UnloadOnePlugin(int id) {
   ReleaseDeliveries(id);
   if (TOKAPluginStop_f stop = gAllPlugins[id].stop) {
-    // The plugin is disabled by now; it is stopped all the same.
+    // The plugin is disabled by now; it is stopped all the same. A stop
+    // entry that throws still has everything it owns withdrawn and its
+    // module closed. Its exception ends here: the module that threw it (and
+    // may hold its type and destructor) is closed before anyone could catch
+    // it, and the plugins unloaded after this one must still be unloaded.
     StDispatchCallback context(id);
-    stop();
+    try {
+      stop();
+    } catch (...) {
+    }
   }
   RunCleanupHooks(id);
+  // What the stop entry queued (an object load it asked for) must not reach
+  // the plugin either: its code is about to go.
+  ReleaseDeliveries(id);
   PluginRecord& record = gAllPlugins[id];
   if (record.module) TOKAUnloadDLL(record.module);
   ForgetModule(record);

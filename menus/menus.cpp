@@ -92,6 +92,11 @@ static void EraseFromList(TOKAMenuInfo_t* menu) {
 }
 
 void TOKAInitMenus() {
+  // A host that starts the library again after shutting it down finds the
+  // menus of the first start-up withdrawn, as the host's own: the
+  // simulator record is never unloaded, so nothing else would, and every
+  // start-up would add a Plugins menu that answers the menu hooks first.
+  TOKAMenuCleanupHook(0);
   // Start-up runs before the plugin list exists; the menu is the host's.
   StDispatchCallback context(0);
   gPluginsMenu = nullptr;

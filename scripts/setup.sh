@@ -19,6 +19,9 @@ packages=(g++-multilib cmake make binutils pkg-config libstb-dev
   libegl-dev libgl-dev libegl-mesa0 libgl1-mesa-dri libglfw3-dev
   libegl-dev:i386 libgl-dev:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libglfw3-dev:i386
   xvfb xauth xdotool)
+# The fuzzer (scripts/fuzz.sh) builds with clang and its libFuzzer, for the
+# machine's own architecture only: it runs on x86-64 machines.
+[ "$(dpkg --print-architecture)" = amd64 ] && packages+=(clang libclang-rt-dev)
 
 SUDO=""
 [ "$(id -u)" -ne 0 ] && SUDO="sudo"

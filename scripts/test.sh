@@ -3,7 +3,8 @@
 # AddressSanitizer + UndefinedBehaviorSanitizer (+ LeakSanitizer in 64-bit,
 # where leaks fail the test), and runs the whole suite in each build; then
 # installs both architectures side by side and builds and runs the plugin
-# template against each. Exits non-zero on any failure.
+# template against each; after the 64-bit builds it runs the fuzzer for two
+# minutes (scripts/fuzz.sh). Exits non-zero on any failure.
 #
 #   bash scripts/test.sh [32|64]     (default: both architectures)
 set -euo pipefail
@@ -57,6 +58,20 @@ for arch in "${archs[@]}"; do
     overall=1
   if [ -n "$asan_options" ]; then export ASAN_OPTIONS=$asan_options; else unset ASAN_OPTIONS; fi
 done
+
+# The fuzzer of the whole interface, for two minutes with a fixed seed, after
+# the 64-bit builds; it is a native x86-64 program.
+if [[ " ${archs[*]} " == *" 64 "* ]]; then
+  echo "== fuzzer: 120 s =="
+  if [ "$(uname -m)" != x86_64 ]; then
+    echo "fuzzer skipped: it runs on native x86-64 machines only (this one is $(uname -m))"
+  elif bash scripts/fuzz.sh 120 1; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    overall=1
+  fi
+fi
 
 echo "== install: ${builds[*]} side by side =="
 if cmake -DBUILD_DIRS="$(IFS=';'; echo "${builds[*]}")" -DSOURCE_DIR="$PWD" \

@@ -108,8 +108,15 @@ void TOKAObjectCompletion_t::DeliverToPlugin(bool pluginGone) {
     return;
   }
   // A failed load is reported too, with a null object, so the plugin stops
-  // waiting for it.
-  callback(object, refcon);
+  // waiting for it. The object becomes the plugin's once its callback has
+  // returned, or thrown: either way it was handed over, and it goes back to
+  // the simulator with the plugin.
+  try {
+    callback(object, refcon);
+  } catch (...) {
+    if (object) ObjectsOf(plugin).push_back(object);
+    throw;
+  }
   if (object) ObjectsOf(plugin).push_back(object);
 }
 
