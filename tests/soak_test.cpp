@@ -73,12 +73,10 @@ TEST_F(Soak, AThousandCyclesLeakNothingAndKeepTheirMemory) {
   tree.AddFolder("Resources/plugins");
   for (const auto& example : fs::directory_iterator(TOKA_EXAMPLES_DIR))
     fs::copy_file(example.path(), tree.plugins() + "/" + example.path().filename().string());
-  // watch_aborts ends the process that loads it, and throws is for the
-  // throwing tests: its disable entry throws out of every shutdown.
+  // watch_aborts ends the process that loads it.
   for (const auto& fixture : fs::directory_iterator(TOKA_FIXTURE_DIR)) {
     std::string name = fixture.path().stem().string();
-    if (name != "watch_aborts" && name != "throws")
-      tree.AddPlugin("Resources/plugins/" + name + "/lin.orv", name);
+    if (name != "watch_aborts") tree.AddPlugin("Resources/plugins/" + name + "/lin.orv", name);
   }
   AddAircraftPlugin("pilot");
   std::string root = tree.root();
