@@ -1,14 +1,8 @@
-// A plugin for the scenario, screenshot and window tests of the reference
-// host, standing alone (toka-host runs it in a process of its own):
-// - a window from (100, 600) to (300, 700), a dark box with "Panel 42" at
-//   (105, 685) in white, font 0; it logs clicks, drags and wheel turns and
-//   counts them in the int array "test/panel/mouse" (down, drag, up, wheel);
-// - the hot key F1, the menu item "Plugins/Panel/Show panel" (checked while
-//   the window shows) and the command "test/panel/toggle" show or hide the
-//   window; a second item "Plugins/Panel/Never" is disabled;
-// - the datarefs "test/panel/visible" (int, writable: shows or hides),
-//   "test/panel/scale" (float, writable) and "test/panel/title" (bytes);
-// - a log line for each key it sniffs and each message it gets.
+// The plugin that the scenario, screenshot and window tests of toka-host run:
+// a window (100, 600)-(300, 700) drawing a dark box and "Panel 42"; F1, the
+// item "Plugins/Panel/Show panel" and the command "test/panel/toggle" show or
+// hide it; it logs and counts mouse events ("test/panel/mouse": down, drag,
+// up, wheel), keys it sniffs and messages.
 #include <cstdio>
 #include <cstring>
 
