@@ -182,6 +182,7 @@ TEST_F(ScenarioRun, BrokenExpectationsPrintFrameStepExpectedAndFoundAndCountInTh
       "expect dataref test/panel/scale == 1.5\n"
       "expect dataref test/panel/title == \"Panel 43\"\n"
       "expect log contains \"panel: shown\"\n"
+      "expect log matches /^panel: hidden$\\npanel: shown\\/1/\n"
       "expect host-call DebugString count 3\n"
       "at 3\n"
       "menu \"Plugins/Panel/Never\"\n"
@@ -189,7 +190,7 @@ TEST_F(ScenarioRun, BrokenExpectationsPrintFrameStepExpectedAndFoundAndCountInTh
       "dataref sim/time/total_running_time_sec = 5\n"
       "aircraft load Aircraft/None/none.acf\n");
   std::string file = tree.root() + "test.scenario";
-  EXPECT_EQ(12, run.status);
+  EXPECT_EQ(13, run.status);
   // The log at frame 2 ends with the panel hiding.
   size_t hidden = run.out.find("panel: hidden\n");
   ASSERT_NE(std::string::npos, hidden);
@@ -216,22 +217,25 @@ TEST_F(ScenarioRun, BrokenExpectationsPrintFrameStepExpectedAndFoundAndCountInTh
       file + ":9: frame 2: expect log contains \"panel: shown\"\n"
       "  expected: the log to contain \"panel: shown\"\n"
       "  found:    no such text in " + lines + " lines of log\n" +
-      file + ":10: frame 2: expect host-call DebugString count 3\n"
+      file + ":10: frame 2: expect log matches /^panel: hidden$\\npanel: shown\\/1/\n"
+      "  expected: a match for /^panel: hidden$\\npanel: shown/1/ in the log\n"
+      "  found:    none in " + lines + " lines of log\n" +
+      file + ":11: frame 2: expect host-call DebugString count 3\n"
       "  expected: DebugString called 3 times in frame 2\n"
       "  found:    called 2 times\n" +
-      file + ":12: frame 3: menu \"Plugins/Panel/Never\"\n"
+      file + ":13: frame 3: menu \"Plugins/Panel/Never\"\n"
       "  expected: an enabled menu item \"Plugins/Panel/Never\"\n"
       "  found:    it is disabled\n" +
-      file + ":13: frame 3: command no/such/command once\n"
+      file + ":14: frame 3: command no/such/command once\n"
       "  expected: a command no/such/command\n"
       "  found:    no such command\n" +
-      file + ":14: frame 3: dataref sim/time/total_running_time_sec = 5\n"
+      file + ":15: frame 3: dataref sim/time/total_running_time_sec = 5\n"
       "  expected: a writable dataref sim/time/total_running_time_sec\n"
       "  found:    sim/time/total_running_time_sec is read-only\n" +
-      file + ":15: frame 3: aircraft load Aircraft/None/none.acf\n"
+      file + ":16: frame 3: aircraft load Aircraft/None/none.acf\n"
       "  expected: an aircraft model " + tree.root() + "Aircraft/None/none.acf\n"
       "  found:    no such file\n"
-      "toka-host: 12 of 13 steps failed\n",
+      "toka-host: 13 of 14 steps failed\n",
       run.err);
 }
 
