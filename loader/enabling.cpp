@@ -24,9 +24,9 @@ TOKA_API int TOKAEnablePlugin(TOKAPluginID plugin) {
       // The plugin is not enabled yet, so the context refuses; its enable
       // entry is exactly the call that may make it so.
       StDispatchCallback context(plugin);
-      record.enabled = record.enable() != 0;
+      gAllPlugins.SetEnabled(plugin, record.enable() != 0);
     } else {
-      record.enabled = true;
+      gAllPlugins.SetEnabled(plugin, true);
     }
   }
   if (record.enabled) DeliverHeld(record, plugin);
@@ -42,7 +42,7 @@ TOKA_API void TOKADisablePlugin(TOKAPluginID plugin) {
   TOKACameraDisableHook(plugin);
   TOKAPlaneDisableHook(plugin);
   PluginRecord& record = gAllPlugins[plugin];
-  record.enabled = false;
+  gAllPlugins.SetEnabled(plugin, false);
   if (record.disable) {
     StDispatchCallback context(plugin);
     record.disable();

@@ -33,7 +33,7 @@ static void AppendHostRecord() {
   host.name = "Orvane";
   host.path = "dravik.orvane.orvane";
   host.description = "Orvane flight simulator";
-  host.enabled = true;
+  gAllPlugins.SetEnabled(0, true);
 }
 
 void TOKAFindAndLoadPlugins(const char* rootFolder) {

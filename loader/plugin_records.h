@@ -35,8 +35,9 @@ struct PluginRecord {
 
 // The plugin list, index = plugin ID. Records never move (a deque holds
 // them): deliveries queued for a plugin point at the queue heads inside its
-// record. Beside them, their addresses by ID, so that the dispatch context,
-// around every call into a plugin, reaches a record in two loads.
+// record. Beside them, their addresses by ID, and one flag per ID saying
+// whether the plugin's callbacks may run, so that the dispatch context,
+// around every call into a plugin, decides in one load.
 class PluginList {
 public:
   PluginRecord& operator[](size_t id) { return *mByID[id]; }
@@ -47,19 +48,36 @@ public:
   void emplace_back() {
     mRecords.emplace_back();
     mByID.push_back(&mRecords.back());
+    SyncCallable();
   }
   void pop_back() {
     mByID.pop_back();
     mRecords.pop_back();
+    SyncCallable();
   }
   void clear() {
     mByID.clear();
     mRecords.clear();
+    SyncCallable();
   }
+  // The only way a record's enabled flag changes.
+  void SetEnabled(size_t id, bool enabled) {
+    mByID[id]->enabled = enabled;
+    mCallable[id] = enabled;
+  }
+  // Whether a callback of the plugin may run: it must be enabled, or be the
+  // host while no plugin record exists yet.
+  bool MayCall(int id) const { return (unsigned)id < mCallable.size() && mCallable[id]; }
 
 private:
+  void SyncCallable() {
+    mCallable.resize(mByID.empty() ? 1 : mByID.size());
+    mCallable.back() = mByID.empty() || mByID.back()->enabled;
+  }
+
   std::deque<PluginRecord> mRecords;
   std::vector<PluginRecord*> mByID;
+  std::vector<unsigned char> mCallable = {1};
 };
 extern PluginList gAllPlugins;
 // IDs of the plugins loaded for the user's aircraft, in load order.
@@ -80,12 +98,7 @@ extern __thread int gDispatchedPlugin __attribute__((tls_model("initial-exec")))
 inline int TOKAGetDispatchedPlugin() { return gDispatchedPlugin; }
 inline void TOKASetDispatchedPlugin(int id) { gDispatchedPlugin = id; }
 
-// Whether a callback of the plugin may run: it must be enabled, or be the
-// host while no plugin record exists yet.
-inline bool TOKAMayCallPlugin(int id) {
-  if (gAllPlugins.empty()) return id == 0;
-  return TOKAIsValidPluginID(id) && gAllPlugins[id].enabled;
-}
+inline bool TOKAMayCallPlugin(int id) { return gAllPlugins.MayCall(id); }
 
 // Scoped switch of the dispatched plugin around a call into plugin code.
 // operator() says whether the plugin may be called (TOKAMayCallPlugin).
