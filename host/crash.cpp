@@ -1,8 +1,10 @@
-// The crash report. Everything the handler does is safe at the moment of a
-// crash, when the heap, stdio's locks or the stack itself may be broken: the
-// text is formed by hand in buffers of its own and written with write(2),
-// and what would allocate on first use (the unwinder) was made ready when
-// the handlers were installed.
+// The crash report. The handler runs when the heap, stdio's locks or the
+// stack itself may be broken: the text is formed by hand in buffers of its
+// own and written with write(2), and the unwinder, which allocates on first
+// use, was made ready when the handlers were installed. What it cannot
+// avoid (the dynamic loader's lock in dladdr, the library's copy of a
+// plugin's path) is left as late as the report allows, and a report stuck
+// there is ended by a time limit, with the crash status all the same.
 #include "host/crash.h"
 
 #include <dlfcn.h>
@@ -27,7 +29,6 @@ const int kCrashSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 // code held): the process ends with the crash status all the same.
 constexpr unsigned kReportSeconds = 10;
 constexpr int kMaxFrames = 64;
-const char* const kMaxFramesText = "64";
 
 char gProgram[64] = "toka-host";
 CrashReportLibrary gLibraryFunctions;
@@ -43,6 +44,8 @@ alignas(16) char gSignalStack[128 * 1024];
 // a stack that may be exhausted.
 char gName[256], gSignature[256], gPath[256];
 void* gFrames[kMaxFrames];
+// Where a call into no module came from (StepOutOfBadCall), or 0.
+uintptr_t gCaller = 0;
 bool gInstalled = false;
 // The thread reporting, 0 while none is.
 long gReporter = 0;
@@ -109,14 +112,15 @@ const char* SignalText(int signal) {
   }
 }
 
+#if defined(__x86_64__)
+constexpr int kPcRegister = REG_RIP, kSpRegister = REG_RSP;
+#else
+constexpr int kPcRegister = REG_EIP, kSpRegister = REG_ESP;
+#endif
+
 // The instruction the signal interrupted.
 uintptr_t FaultingInstruction(void* context) {
-  const ucontext_t* state = static_cast<const ucontext_t*>(context);
-#if defined(__x86_64__)
-  return (uintptr_t)state->uc_mcontext.gregs[REG_RIP];
-#else
-  return (uintptr_t)state->uc_mcontext.gregs[REG_EIP];
-#endif
+  return (uintptr_t) static_cast<ucontext_t*>(context)->uc_mcontext.gregs[kPcRegister];
 }
 
 // The module holding an address, and the symbol whose code covers it. A
@@ -146,6 +150,23 @@ Place PlaceOf(uintptr_t address) {
     place.start = symbol;
   }
   return place;
+}
+
+// Code that jumped into no module (a call through a null or stale function
+// pointer) leaves the unwinder nothing to go on, but the call has just
+// pushed where it returns to. The interrupted state becomes that of the
+// return, as if the function called had returned at once: the unwinder,
+// which reads the state from the signal frame, goes on from the caller. The
+// state is never resumed. The caller's address, or 0 when the top of the
+// stack holds no address in a module.
+uintptr_t StepOutOfBadCall(void* context) {
+  greg_t* registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
+  const uintptr_t* top = (const uintptr_t*)registers[kSpRegister];
+  Dl_info info;
+  if (!top || !dladdr((void*)*top, &info)) return 0;
+  registers[kPcRegister] = (greg_t)*top;
+  registers[kSpRegister] = (greg_t)(top + 1);
+  return *top;
 }
 
 // "MODULE (SYMBOL+0xOFFSET)", or the offset in the module alone.
@@ -187,7 +208,8 @@ void ReportRunning(const Place& fault) {
     }
     return;
   }
-  if (!gLibraryFunctions.GetPluginInfo || (gLibraryFunctions.CountPlugins && (id < 0 || id >= gLibraryFunctions.CountPlugins()))) {
+  const CrashReportLibrary& library = gLibraryFunctions;
+  if (!library.GetPluginInfo || (library.CountPlugins && (id < 0 || id >= library.CountPlugins()))) {
     Start(line) << "running: plugin ID ";
     line.Decimal(id) << ", which the library does not know";
     line.Write();
@@ -200,11 +222,11 @@ void ReportRunning(const Place& fault) {
   // crash have left the heap locked, the lines before it are out already
   // and the report's time limit ends the process.
   gName[0] = gSignature[0] = gPath[0] = 0;
-  gLibraryFunctions.GetPluginInfo(id, gName, nullptr, gSignature, nullptr);
+  library.GetPluginInfo(id, gName, nullptr, gSignature, nullptr);
   Start(line) << "running plugin: ID ";
   line.Decimal(id) << " \"" << gName << "\" " << gSignature;
   line.Write();
-  gLibraryFunctions.GetPluginInfo(id, nullptr, gPath, nullptr, nullptr);
+  library.GetPluginInfo(id, nullptr, gPath, nullptr, nullptr);
   Start(line) << "running plugin's file: " << gPath;
   line.Write();
   if (fault.found && std::strcmp(fault.module, gPath) != 0) {
@@ -213,14 +235,15 @@ void ReportRunning(const Place& fault) {
   }
 }
 
-// The frames from the interrupted instruction outwards, or all of them
-// (the handler's own first) when the unwinder did not pass through the
-// signal frame. first is the index of the interrupted instruction's frame.
+// The frames from the interrupted instruction (or the bad call's caller)
+// outwards, or all of them (the handler's own first) when the unwinder did
+// not pass through the signal frame. first is the index of the innermost.
 int CollectFrames(uintptr_t pc, int& first) {
   int count = backtrace(gFrames, kMaxFrames);
+  uintptr_t innermost = gCaller ? gCaller : pc;
   first = -1;
   for (int i = 0; i < count; ++i)
-    if ((uintptr_t)gFrames[i] == pc) {
+    if ((uintptr_t)gFrames[i] == innermost) {
       first = i;
       break;
     }
@@ -231,7 +254,7 @@ int CollectFrames(uintptr_t pc, int& first) {
 // may already be the next function's: the call itself is just before it.
 uintptr_t CallSite(int index, int first) {
   uintptr_t address = (uintptr_t)gFrames[index];
-  return index == first ? address : address - 1;
+  return index == first && !gCaller ? address : address - 1;
 }
 
 // The innermost frame in one of the library's exported functions: the last
@@ -246,12 +269,14 @@ void ReportLibraryCall(int count, int first) {
     if (place.base == gLibraryBase && place.symbol && !std::strncmp(place.symbol, "TOKA", 4))
       name = place.symbol;
   }
-  if (name)
+  if (name) {
     line << name;
-  else if (count == kMaxFrames)
-    line << "none in the innermost " << kMaxFramesText << " frames";
-  else
+  } else if (count == kMaxFrames) {
+    line << "none in the innermost ";
+    line.Decimal(kMaxFrames) << " frames";
+  } else {
     line << "none";
+  }
   line.Write();
 }
 
@@ -260,11 +285,11 @@ void ReportBacktrace(uintptr_t pc, int count, int first) {
   Start(line) << "backtrace, innermost frame first:";
   line.Write();
   int number = 0;
-  if (first < 0) {
+  if (first < 0 || gCaller) {
     line << "  #0 ";
     line.Hex(pc) << " ";
     AddPlace(line, PlaceOf(pc), pc);
-    line << " (the interrupted instruction; the frames below start in the handler)";
+    if (first < 0) line << " (the interrupted instruction; the frames below start in the handler)";
     line.Write();
     number = 1;
   }
@@ -305,7 +330,14 @@ void OnCrash(int signal, siginfo_t* info, void* context) {
   Place fault = PlaceOf(pc);
   Line line;
   Start(line) << "faulting code: ";
-  AddPlace(line, fault, pc);
+  if (fault.found)
+    AddPlace(line, fault, pc);
+  else
+    line.Hex(pc) << ", in no loaded module";
+  if (!fault.found && (gCaller = StepOutOfBadCall(context))) {
+    line << ", called from ";
+    AddPlace(line, PlaceOf(gCaller - 1), gCaller);
+  }
   line.Write();
   ReportRunning(fault);
   int first;

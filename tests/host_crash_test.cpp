@@ -45,7 +45,8 @@ protected:
   static bool HasFrameIn(const std::string& err, const std::string& module, bool first = false) {
     size_t trace = err.find("toka-host: backtrace, innermost frame first:\n");
     std::string quoted = std::regex_replace(module, std::regex("[.+]"), "\\$&");
-    std::regex frame((first ? "^[^\n]*\n  #0" : "\n  #\\d+") + std::string(" 0x[0-9a-f]+ ") + quoted + " \\(");
+    std::string number = first ? "^[^\n]*\n  #0" : "\n  #\\d+";
+    std::regex frame(number + " 0x[0-9a-f]+ " + quoted + " \\(");
     return trace != std::string::npos && std::regex_search(err.substr(trace), frame);
   }
 };
@@ -100,9 +101,8 @@ TEST_F(CrashReport, FaultsOutsideTheRunningPluginNameBothModules) {
 }
 
 // A thread of a plugin's own runs outside any dispatch: the simulator is
-// named, and its program is not where the fault is. A stack overflow is
-// reported from the handler's own stack.
-TEST_F(CrashReport, TheSimulatorIsNamedOutsideDispatchAndOverflowsAreReported) {
+// named, and its program is not where the fault is.
+TEST_F(CrashReport, OutsideAnyDispatchTheSimulatorIsNamed) {
   std::string plugin = AddCrasher("thread");
   ProgramRun run = Run();
   EXPECT_EQ(kCrashStatus, run.status) << run.err;
@@ -113,14 +113,31 @@ TEST_F(CrashReport, TheSimulatorIsNamedOutsideDispatchAndOverflowsAreReported) {
                  "toka-host: the faulting code is not the simulator's own (" TOKA_HOST_BINARY ")\n" +
                      kEntry + "none\n"});
   EXPECT_TRUE(HasFrameIn(run.err, plugin)) << run.err;
+}
 
-  tree = std::make_unique<TempTree>();
-  plugin = AddCrasher("overflow");
-  run = Run();
+// States the unwinder cannot start from by itself: a stack overflow, seen
+// from the handler's own stack, and a call to no code, followed back to
+// its caller.
+TEST_F(CrashReport, OverflowsAndCallsToNothingAreFollowed) {
+  std::string plugin = AddCrasher("overflow");
+  ProgramRun run = Run();
   EXPECT_EQ(kCrashStatus, run.status) << run.err;
   ExpectInOrder(run.err, {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x",
                           "toka-host: faulting code: " + plugin + " (",
                           "toka-host: running plugin: " + Named(run, "overflow") + "\n",
                           kEntry + "none in the innermost 64 frames\n"});
+  EXPECT_TRUE(HasFrameIn(run.err, plugin, true)) << run.err;
+
+  tree = std::make_unique<TempTree>();
+  plugin = AddCrasher("null-call");
+  run = Run();
+  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  ExpectInOrder(run.err, {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x0\n"
+                          "toka-host: faulting code: 0x0, in no loaded module, called from " +
+                              plugin + " (OrvanePluginEnable+0x",
+                          "toka-host: running plugin: " + Named(run, "null-call") + "\n",
+                          kEntry + "TOKAEnablePlugin\n",
+                          "toka-host: backtrace, innermost frame first:\n  #0 0x0 no loaded module\n  #1 0x"});
   EXPECT_TRUE(HasFrameIn(run.err, plugin)) << run.err;
+  EXPECT_TRUE(HasFrameIn(run.err, kLibrary)) << run.err;
 }

@@ -6,6 +6,7 @@
 //   wild-pointer   hands TOKAGetVersions a pointer to nothing when enabled
 //   abort          calls abort() when enabled
 //   overflow       recurses without end when enabled
+//   null-call      calls a null function pointer when enabled
 //   thread         when enabled, waits for a thread of its own that
 //                  dereferences null outside any dispatch
 #include <pthread.h>
@@ -21,6 +22,7 @@
 namespace {
 
 std::string gRole;
+void (*volatile gNothing)() = nullptr;
 
 std::string ReadRole() {
   std::string file = SelfPath();
@@ -81,9 +83,11 @@ TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
   }
   if (gRole == "abort") std::abort();
   if (gRole == "overflow") Recurse(0);
+  if (gRole == "null-call") gNothing();
   if (gRole == "thread") {
     pthread_t thread;
-    if (pthread_create(&thread, nullptr, CrashOutsideDispatch, nullptr) == 0) pthread_join(thread, nullptr);
+    if (pthread_create(&thread, nullptr, CrashOutsideDispatch, nullptr) == 0)
+      pthread_join(thread, nullptr);
   }
   return 1;
 }
