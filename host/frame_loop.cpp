@@ -97,6 +97,7 @@ bool StartHost(const HostOptions& options, std::string& error) {
   }
   ResetWorld(options.config);
   if (!LoadHostLibrary(options.library, error)) return false;
+  if (options.libraryLoaded) options.libraryLoaded();
   if (!options.trace.empty()) {
     gTrace = std::fopen(options.trace.c_str(), "w");
     if (!gTrace) {

@@ -82,7 +82,12 @@ std::string HostUsage() {
          "                          (at most 100), 101 when the run cannot start\n"
          "  --at FRAME:STEP         one scenario step at a frame (may be repeated), for\n"
          "                          example --at '10:key P' or '20:menu \"Sim/Pause\"'\n"
-         "  --help                  show this text\n";
+         "  --help                  show this text\n"
+         "\n"
+         "A run that crashes (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT) prints a crash\n"
+         "report on standard error, naming the plugin whose code was running, the\n"
+         "module of the faulting code and the innermost call into the library still\n"
+         "active, with a backtrace, and exits with status 102.\n";
 }
 
 bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error) {

@@ -25,6 +25,9 @@ struct HostOptions {
   bool printMenus = false;
   std::string scenario;    // the scenario file, or none
   std::vector<ScenarioStep> steps;  // its steps, then those of --at
+  // Called once the library is loaded, before it starts the plugins: the
+  // program's crash report learns the library's functions there.
+  void (*libraryLoaded)() = nullptr;
 };
 
 // Exit status of a run that could not start: bad options, a malformed
@@ -32,6 +35,8 @@ struct HostOptions {
 // number of failed steps, at most kMaxFailureStatus.
 constexpr int kCannotRunStatus = 101;
 constexpr int kMaxFailureStatus = 100;
+// Exit status of a run that crashed, after the crash report (host/crash.h).
+constexpr int kCrashStatus = 102;
 
 std::string HostUsage();
 // False with a reason for options that do not make sense.
