@@ -65,8 +65,8 @@ struct HostPhaseCode {
   bool reportBefore;  // returns the before result rather than 1
 };
 
-static const int kHostPhaseCodeCount = 26;
-static const HostPhaseCode kHostPhaseCodes[kHostPhaseCodeCount] = {
+static constexpr int kHostPhaseCodeCount = 26;
+static constexpr HostPhaseCode kHostPhaseCodes[kHostPhaseCodeCount] = {
     {0, true, true, true},               // 1
     {5, true, false, true},              // 2
     {5, false, true, false},             // 3
@@ -99,11 +99,24 @@ static const int kWindowCode = 20;
 
 // A phase's place in the index: the first drawing code that runs it. Only
 // the phases of the table are ever dispatched.
-static int DrawnPhaseSlot(int phase) {
+static constexpr int DrawnPhaseSlot(int phase) {
   for (int code = 0; code < kHostPhaseCodeCount; ++code)
     if (kHostPhaseCodes[code].phase == phase) return code;
   return -1;
 }
+
+// Each drawing code's slot, worked out once rather than on each of a
+// frame's thirty walks.
+struct CodeSlots {
+  int slot[kHostPhaseCodeCount];
+};
+static constexpr CodeSlots MakeCodeSlots() {
+  CodeSlots slots = {};
+  for (int code = 0; code < kHostPhaseCodeCount; ++code)
+    slots.slot[code] = DrawnPhaseSlot(kHostPhaseCodes[code].phase);
+  return slots;
+}
+static constexpr CodeSlots kCodeSlots = MakeCodeSlots();
 
 // A frame runs some thirty phase walks over one list of every plugin's draw
 // callbacks. The index keeps, for each drawn phase and position, the records
@@ -161,12 +174,17 @@ private:
 // reflection pass (flag 1) only plugins that asked for reflections are
 // called. The result is the bitwise AND of the results of the calls made:
 // 0 asks the simulator to skip its own drawing of the phase.
-static int DispatchPhase(int phase, int before, int reflection) {
+static int DispatchPhase(int phase, int slot, int before, int reflection) {
+  // Nobody draws here and no removal waits for a walk to end: a walk would
+  // change nothing. Most phases of most frames are such.
+  if (!gDrawCallbacks.needs_clean && gDrawIndex && gDrawIndex->changes == gDrawCallbacks.changes &&
+      gDrawIndex->records[slot][before].empty())
+    return 1;
   TOKAResourceHold<TOKADrawCallbackRecord> hold(gDrawCallbacks);
   int result = 1;
   {
     StDrawIndexWalk walk(gDrawCallbacks.BeginIterate());
-    for (TOKADrawCallbackRecord* record : walk.Records(DrawnPhaseSlot(phase), before)) {
+    for (TOKADrawCallbackRecord* record : walk.Records(slot, before)) {
       if (record->is_dead()) continue;
       if (reflection == 1 && !TOKAHasFeatureInternal(record->plugin, TOKAFeatureWantsReflections))
         continue;
@@ -199,7 +217,8 @@ int TOKADisplayDoDrawingHook(int phaseCode, int reflection) {
     DrawWindows();
   }
   int beforeResult = 1;
-  if (code.before) beforeResult = DispatchPhase(code.phase, 1, reflection);
-  if (code.after) DispatchPhase(code.phase, 0, reflection);
+  const int slot = kCodeSlots.slot[phaseCode - 1];
+  if (code.before) beforeResult = DispatchPhase(code.phase, slot, 1, reflection);
+  if (code.after) DispatchPhase(code.phase, slot, 0, reflection);
   return code.reportBefore ? beforeResult : 1;
 }

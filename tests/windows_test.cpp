@@ -141,6 +141,13 @@ TEST_F(Drawing, CallbacksAndWindowsRemovedWhileDrawingAreNotCalledAgain) {
   front.onDraw = [&] { TOKADestroyWindow(front.id); };
   EXPECT_EQ((Lines{"front.draw()@1"}), Frame());
   EXPECT_EQ(Lines{}, Frame());
+  // A phase with nothing to draw draws what a callback has since registered.
+  ScriptedCallback sky{"sky"}, late{"late"};
+  Draw(alpha, sky, 5, 1);
+  sky.onCall = [&] { Draw(beta, late, 45, 0); };
+  EXPECT_EQ(Lines{}, Frame(17));
+  EXPECT_EQ((Lines{"sky.draw(5,1)@1"}), Frame(2));
+  EXPECT_EQ((Lines{"late.draw(45,0)@2"}), Frame(17));
 }
 
 }  // namespace
