@@ -22,13 +22,14 @@ TOKAHostServices* NoopHost();
 // times its baseline (names as Google Benchmark reports them, arguments
 // included), each divided by its count of calls per iteration; the ratio
 // holds when it is at most target (and, where allocations are counted, when
-// the path allocated nothing).
+// the path allocated nothing). A row without a target (0) is a figure for
+// reference: it is printed, and holds whatever it is.
 struct Row {
   std::string path;
   std::string size;
   std::string measured;
   std::string baseline;
-  double target;
+  double target;  // 0: for reference
   double measuredCalls = 1;
   double baselineCalls = 1;
 };

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bench_table.h"
+#include "floor.h"
 #include "toka/TOKAData.h"
 
 using namespace toka_bench;
@@ -39,6 +40,12 @@ int (*volatile gReadFloats)(void*, float*, int, int) = ReadFloats;
 
 void Raw_GetDataf(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(gReadFloat(&gValue));
+}
+// The same accessor through a shared library's function that does nothing
+// but check its record and call it: what any library call costs.
+FloorRecord gFloorRecord = {ReadFloat, &gValue};
+void Floor_GetDataf(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(TokaBenchFloorGet(&gFloorRecord));
 }
 void Toka_GetDataf(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(TOKAGetDataf(gFloat));
@@ -128,6 +135,7 @@ void StdMapFind(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(Raw_GetDataf);
+BENCHMARK(Floor_GetDataf);
 BENCHMARK(Toka_GetDataf);
 BENCHMARK(Raw_SetDataf);
 BENCHMARK(Toka_SetDataf);
@@ -150,6 +158,8 @@ int main(int argc, char** argv) {
                                      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                      ReadFloats, nullptr, nullptr, nullptr, gArray, nullptr);
   int failing = RunAndPrintTable(argc, argv, {
+      {"floor: a shared library's forwarding call vs raw accessor call", "1", "Floor_GetDataf",
+       "Raw_GetDataf", 0},
       {"TOKAGetDataf vs raw accessor call", "1", "Toka_GetDataf", "Raw_GetDataf", 1.8},
       {"TOKASetDataf vs raw accessor call", "1", "Toka_SetDataf", "Raw_SetDataf", 1.8},
       {"TOKAGetDatavf vs raw accessor call", "1", "Toka_GetDatavf", "Raw_GetDatavf", 1.8},
