@@ -312,3 +312,12 @@ void TOKADataRefsCleanupHook(int plugin) {
     if (entry.second->owner == plugin) entry.second->owner = -1;
   TOKASharedDataCleanupHook(plugin);
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+void TOKAInspectDataRefs(int plugin, TOKAInspection& out) {
+  for (const auto& entry : gDataRefs)
+    if (entry.second->owner == plugin) ++out.owned[kInspectDataRefs];
+}
+#endif

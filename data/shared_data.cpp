@@ -241,3 +241,13 @@ void TOKASharedDataCleanupHook(int plugin) {
     }
   }
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+void TOKAInspectSharedData(int plugin, TOKAInspection& out) {
+  for (const auto& record : gSharedData)
+    for (const TOKASharedDataSubscriber& subscriber : record->subscribers)
+      if (subscriber.plugin == plugin) ++out.owned[kInspectSharedData];
+}
+#endif

@@ -255,3 +255,21 @@ void TOKAMenuCleanupHook(int plugin) {
   for (int index = (int)gPluginsMenu->itemOwners.size() - 1; index >= 0; --index)
     if (gPluginsMenu->itemOwners[index] == plugin) RemoveItem(gPluginsMenu, index);
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+// Items count where they stand in another's menu; those of the plugin's own
+// menus go with them.
+void TOKAInspectMenus(int plugin, TOKAInspection& out) {
+  for (const TOKAMenuInfo_t* menu : gMenus) {
+    if (menu->plugin == plugin) {
+      ++out.owned[kInspectMenus];
+      continue;
+    }
+    int kind = menu == gPluginsMenu ? kInspectPluginsMenuItems : kInspectMenuItems;
+    for (int owner : menu->itemOwners)
+      if (owner == plugin) ++out.owned[kind];
+  }
+}
+#endif

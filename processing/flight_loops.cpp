@@ -276,3 +276,15 @@ void TOKAProcessingCleanupHook(int plugin) {
   }
   gFlightLoops.EndIterate();
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+void TOKAInspectFlightLoops(int plugin, TOKAInspection& out) {
+  for (const TOKAFlightLoopRecord* record = gFlightLoops.head; record; record = record->get_next()) {
+    if (record->is_dead() || record->owner != plugin) continue;
+    ++out.owned[kInspectFlightLoops];
+    if (record->interval != 0) ++out.running[kRunningFlightLoops];
+  }
+}
+#endif

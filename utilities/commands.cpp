@@ -227,3 +227,16 @@ void TOKACommandCleanupHook(int plugin) {
   DropHandlers(gPreHooks, plugin);
   DropHandlers(gPostHooks, plugin);
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+void TOKAInspectCommands(int plugin, TOKAInspection& out) {
+  for (const TOKACommandHookMap* hooks : {&gPreHooks, &gPostHooks})
+    for (const auto& entry : *hooks)
+      for (const TOKACommandCB_t& handler : entry.second)
+        if (handler.plugin == plugin) ++out.owned[kInspectCommandHandlers];
+  auto held = gCommandMap.find(plugin);
+  if (held != gCommandMap.end()) out.owned[kInspectHeldCommands] += (int)held->second.size();
+}
+#endif

@@ -98,3 +98,11 @@ void TOKACameraCleanupHook(int plugin) {
 void TOKACameraDisableHook(int plugin) {
   if (plugin == gCurrentControlPlugin) TOKAReleaseCameraInternal(true);
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+void TOKAInspectCamera(int plugin, TOKAInspection& out) {
+  if (gIsControlled && gCurrentControlPlugin == plugin) ++out.owned[kInspectCamera];
+}
+#endif

@@ -178,3 +178,14 @@ void TOKAPlaneCleanupHook(int plugin) {
   // at shutdown or reload has given the planes up when it was disabled.
   if (plugin == gOwner) TOKAReleasePlanes();
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+// The planes themselves, or a place in the line for them.
+void TOKAInspectPlanes(int plugin, TOKAInspection& out) {
+  if (gOwner == plugin) ++out.owned[kInspectPlanes];
+  for (const TOKAPlaneRequest& request : gQueue)
+    if (request.plugin == plugin) ++out.owned[kInspectPlanes];
+}
+#endif

@@ -194,3 +194,14 @@ void TOKASceneryCleanupHook(int plugin) {
   objects.swap(ObjectsOf(plugin));
   for (TOKAObjectRef object : objects) gHostServices->UnloadObject(object);
 }
+
+#ifdef TOKA_VALIDATOR
+#include "loader/inspect.h"
+
+void TOKAInspectScenery(int plugin, TOKAInspection& out) {
+  for (const auto& entry : gProbes)
+    if (entry.second->plugin == plugin) ++out.owned[kInspectProbes];
+  auto objects = gObjects.find(plugin);
+  if (objects != gObjects.end()) out.owned[kInspectObjects] += (int)objects->second.size();
+}
+#endif

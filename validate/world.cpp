@@ -1,0 +1,153 @@
+// The validator's world: toka-host's own, started on a folder that holds the
+// plugin alone, with the library linked into the program instead of loaded
+// from a file.
+#include "validate/world.h"
+
+#include <climits>
+#include <cstdlib>
+#include <exception>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "display/display.h"
+#include "host/library.h"
+#include "host/output.h"
+#include "host/run.h"
+#include "host/windows.h"
+#include "loader/plugin_records.h"
+
+namespace toka_validate {
+
+namespace {
+
+std::string AbsolutePath(const std::string& path) {
+  char resolved[PATH_MAX];
+  if (realpath(path.c_str(), resolved)) return resolved;
+  return path;
+}
+
+std::string BaseName(const std::string& path) {
+  size_t slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+// A plugin in a folder of its own ("NAME/lin.orv") keeps that layout.
+std::string PlaceInRoot(const std::string& plugin) {
+  std::string base = BaseName(plugin);
+  if (base != "lin.orv") return base;
+  std::string folder = plugin.substr(0, plugin.size() - base.size());
+  while (!folder.empty() && folder.back() == '/') folder.pop_back();
+  std::string name = BaseName(folder);
+  return (name.empty() ? std::string("plugin") : name) + "/lin.orv";
+}
+
+}  // namespace
+
+World::World(const std::string& plugin, int frames) : mPlugin(plugin), mFrames(frames) {}
+
+World::~World() {
+  if (mRunning) Stop();
+  toka_host::SetOutputCapture(nullptr);
+  if (mRoot.empty()) return;
+  unlink(mLink.c_str());
+  std::string place = PlaceInRoot(mPlugin);
+  if (place.find('/') != std::string::npos)
+    rmdir((mRoot + "/Resources/plugins/" + place.substr(0, place.find('/'))).c_str());
+  rmdir((mRoot + "/Resources/plugins").c_str());
+  rmdir((mRoot + "/Resources").c_str());
+  rmdir(mRoot.c_str());
+}
+
+bool World::Start(std::string& error) {
+  if (mRoot.empty()) {
+    const char* tmp = std::getenv("TMPDIR");
+    std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/toka-validate-XXXXXX";
+    if (!mkdtemp(&pattern[0])) {
+      error = "cannot make a folder in " + pattern.substr(0, pattern.rfind('/'));
+      return false;
+    }
+    mRoot = pattern;
+    std::string place = PlaceInRoot(mPlugin);
+    mkdir((mRoot + "/Resources").c_str(), 0755);
+    mkdir((mRoot + "/Resources/plugins").c_str(), 0755);
+    if (place.find('/') != std::string::npos)
+      mkdir((mRoot + "/Resources/plugins/" + place.substr(0, place.find('/'))).c_str(), 0755);
+    mLink = mRoot + "/Resources/plugins/" + place;
+    if (symlink(AbsolutePath(mPlugin).c_str(), mLink.c_str()) != 0) {
+      error = "cannot link " + mPlugin + " into " + mRoot;
+      return false;
+    }
+  }
+  toka_host::HostOptions options;
+  options.config.root = mRoot + "/";
+  options.library = "";  // the program itself
+  options.frames = mFrames;
+  options.render = false;
+  toka_host::SetOutputCapture(&mLog);
+  if (!toka_host::StartHost(options, error)) return false;
+  mRunning = true;
+  return true;
+}
+
+void World::RunFrames(int count) {
+  for (int i = 0; i < count; ++i) toka_host::RunFrame();
+}
+
+void World::Stop() {
+  mRunning = false;
+  toka_host::StopHost();
+}
+
+int World::PluginID() const {
+  for (int id = 1; id < (int)gAllPlugins.size(); ++id)
+    if (gAllPlugins[id].path == mLink && gAllPlugins[id].module) return id;
+  return -1;
+}
+
+std::string World::LogAbout() const {
+  const std::string& log = toka_host::HostLog();
+  std::string found;
+  for (size_t at = log.find(mLink); at != std::string::npos; at = log.find(mLink, at + 1)) {
+    size_t start = log.rfind('\n', at);
+    start = start == std::string::npos ? 0 : start + 1;
+    size_t end = log.find('\n', at);
+    std::string line = log.substr(start, end == std::string::npos ? std::string::npos : end - start);
+    if (!found.empty()) found += " ";
+    found += line;
+  }
+  return found;
+}
+
+bool Guarded(const std::function<void()>& body, std::string& what) {
+  try {
+    body();
+    return true;
+  } catch (const std::exception& exception) {
+    what = exception.what();
+  } catch (...) {
+    what = "an exception that is not a std::exception";
+  }
+  return false;
+}
+
+}  // namespace toka_validate
+
+namespace toka_host {
+
+// toka-host learns of windows by standing in front of the functions that
+// create them; here the library is part of the program and its window list
+// is at hand, front to back.
+bool WindowAt(int x, int y, SeenWindow& found) {
+  for (const TOKAWindowCallbackRecord* window = gWindows.head; window; window = window->get_next()) {
+    if (window->is_dead() || !window->visible) continue;
+    if (window->left <= x && x < window->right && window->bottom <= y && y < window->top) {
+      found = {const_cast<TOKAWindowCallbackRecord*>(window), "", window->left, window->top,
+               window->right, window->bottom, window->plugin};
+      if (TOKAIsValidPluginID(window->plugin)) found.plugin = gAllPlugins[window->plugin].name;
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace toka_host

@@ -1,0 +1,47 @@
+// The reference host's world around one plugin, run through the validator's
+// own copy of the library.
+#ifndef TOKA_VALIDATE_WORLD_H
+#define TOKA_VALIDATE_WORLD_H
+
+#include <functional>
+#include <string>
+
+namespace toka_validate {
+
+// A simulator folder of its own for the plugin (Resources/plugins holds a
+// link to it), removed when the session ends.
+class World {
+public:
+  explicit World(const std::string& plugin, int frames);
+  ~World();
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+
+  // Starts the host, which starts and enables the plugins. False with a
+  // reason when the world cannot be made.
+  bool Start(std::string& error);
+  void RunFrames(int count);
+  void Stop();
+  bool running() const { return mRunning; }
+
+  // The plugin's ID, or -1 when the library has not loaded it.
+  int PluginID() const;
+  // The plugin's path as the library knows it.
+  const std::string& linkPath() const { return mLink; }
+  // Everything the host printed, the library's log among it.
+  const std::string& log() const { return mLog; }
+  // The log lines that name the plugin ("Failed: ...", "Warning: ...").
+  std::string LogAbout() const;
+
+private:
+  std::string mPlugin, mRoot, mLink, mLog;
+  int mFrames;
+  bool mRunning = false;
+};
+
+// Runs body; false with the exception's text when one escapes it.
+bool Guarded(const std::function<void()>& body, std::string& what);
+
+}  // namespace toka_validate
+
+#endif
