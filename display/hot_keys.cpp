@@ -7,6 +7,7 @@
 // list hot keys see removals take effect exactly when those unpaired calls
 // let the list reclaim them, so the pairing stays as it is.
 #include "display/display.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 
 TOKAResourceList<TOKAHotKeyInfoRecord> gHotKeys;
@@ -25,6 +26,7 @@ TOKA_API TOKAHotKeyID TOKARegisterHotKey(char virtualKey, int flags, const char*
   record->refcon = refcon;
   gHotKeys.Add(record);
   gHotKeys.EndIterate();
+  TOKA_NOTE_ISSUED(kHandleHotKey, record);
   return record;
 }
 
@@ -36,6 +38,7 @@ TOKAHotKeyInfoRecord* TOKAValidateHotKey(TOKAHotKeyID hotKey, TOKAHotKeyInfoReco
 }
 
 TOKA_API void TOKAUnregisterHotKey(TOKAHotKeyID hotKey) {
+  TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   if (TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr)) gHotKeys.Remove(record);
   gHotKeys.EndIterate();
 }
@@ -55,6 +58,7 @@ TOKA_API TOKAHotKeyID TOKAGetNthHotKey(int index) {
 
 TOKA_API void TOKAGetHotKeyInfo(TOKAHotKeyID hotKey, char* outVirtualKey, int* outFlags,
                                 char* outDescription, TOKAPluginID* outPlugin) {
+  TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr);
   if (!record) return;
   if (outVirtualKey) *outVirtualKey = record->virtual_key;
@@ -64,6 +68,7 @@ TOKA_API void TOKAGetHotKeyInfo(TOKAHotKeyID hotKey, char* outVirtualKey, int* o
 }
 
 TOKA_API void TOKASetHotKeyCombination(TOKAHotKeyID hotKey, char virtualKey, int flags) {
+  TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr);
   if (!record) return;
   record->virtual_key = virtualKey;

@@ -3,6 +3,7 @@
 // Results for the simulator: 1 = not consumed (it handles the event itself),
 // 0 = a plugin consumed it.
 #include "display/display.h"
+#include "loader/inspect.h"
 #include "loader/host_interface.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
@@ -51,6 +52,7 @@ TOKA_API int TOKAUnregisterKeySniffer(TOKAKeySniffer_f callback, int beforeWindo
 void TOKARemovePluginKeySniffers(int plugin) { TOKARemovePluginRecords(gKeySniffers, plugin); }
 
 TOKA_API void TOKATakeKeyboardFocus(TOKAWindowID window) {
+  TOKA_CHECK_HANDLE_OR_NULL(kHandleWindow, window);
   TOKAWindowCallbackRecord* taker = TOKAWindowIsValid(window, nullptr);
   if (taker == gFocusWindow) return;
   if (taker && !TOKAIsPluginEnabled(taker->plugin)) return;

@@ -1,6 +1,7 @@
 // Plugin windows: the window list with its front-to-back order, the window
 // calls, and the display steps of disabling and unloading a plugin.
 #include "display/display.h"
+#include "loader/inspect.h"
 #include "loader/host_interface.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
@@ -47,6 +48,7 @@ static TOKAWindowCallbackRecord* NewWindow(int left, int top, int right, int bot
   record->visible = visible;
   record->plugin = TOKAGetDispatchedPlugin();
   record->refcon = refcon;
+  TOKA_NOTE_ISSUED(kHandleWindow, record);
   return record;
 }
 
@@ -75,6 +77,7 @@ TOKA_API TOKAWindowID TOKACreateWindowEx(TOKACreateWindow_t* params) {
 }
 
 TOKA_API void TOKADestroyWindow(TOKAWindowID window) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   // The window is told that it loses the focus, and may destroy itself
@@ -97,6 +100,7 @@ TOKA_API void TOKAGetMouseLocation(int* outX, int* outY) {
 
 TOKA_API void TOKAGetWindowGeometry(TOKAWindowID window, int* outLeft, int* outTop, int* outRight,
                                     int* outBottom) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   if (outLeft) *outLeft = record->left;
@@ -106,6 +110,7 @@ TOKA_API void TOKAGetWindowGeometry(TOKAWindowID window, int* outLeft, int* outT
 }
 
 TOKA_API void TOKASetWindowGeometry(TOKAWindowID window, int left, int top, int right, int bottom) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   record->left = left;
@@ -115,11 +120,13 @@ TOKA_API void TOKASetWindowGeometry(TOKAWindowID window, int left, int top, int 
 }
 
 TOKA_API int TOKAGetWindowIsVisible(TOKAWindowID window) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   return record ? record->visible : 0;
 }
 
 TOKA_API void TOKASetWindowIsVisible(TOKAWindowID window, int visible) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   // The focus callback may destroy the window; the value then lands in a
@@ -130,21 +137,25 @@ TOKA_API void TOKASetWindowIsVisible(TOKAWindowID window, int visible) {
 }
 
 TOKA_API void* TOKAGetWindowRefCon(TOKAWindowID window) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   return record ? record->refcon : nullptr;
 }
 
 TOKA_API void TOKASetWindowRefCon(TOKAWindowID window, void* refcon) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   if (TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr))
     record->refcon = refcon;
 }
 
 TOKA_API void TOKABringWindowToFront(TOKAWindowID window) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   if (TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr))
     gWindows.MoveToFront(record);
 }
 
 TOKA_API int TOKAIsWindowInFront(TOKAWindowID window) {
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return 0;
   for (TOKAWindowCallbackRecord* front = gWindows.head; front; front = front->get_next())

@@ -51,6 +51,16 @@ void TOKAInspectDisplay(int plugin, TOKAInspection& out) {
   });
 }
 
+template <class T>
+static bool IsListed(const TOKAResourceList<T>& list, const void* handle) {
+  bool found = false;
+  CountRecords(list, [&](const T& record) { found = found || &record == handle; });
+  return found;
+}
+
+bool TOKAIsLiveWindow(const void* handle) { return IsListed(gWindows, handle); }
+bool TOKAIsLiveHotKey(const void* handle) { return IsListed(gHotKeys, handle); }
+
 static int CountQueue(const TOKADeliveryHead& head) {
   int count = 0;
   for (const TOKADelivery* delivery = head.next; delivery; delivery = delivery->next) ++count;

@@ -1,5 +1,5 @@
-// What each plugin owns, kind by kind, and the moments of its life at which
-// a validator looks: compiled into toka-validate's own copy of the library
+// What each plugin owns, kind by kind, the moments of its life at which a
+// validator looks, and the checks of the handles plugins pass: compiled into toka-validate's own copy of the library
 // only (TOKA_VALIDATOR). In libtoka.so the notes below expand to nothing and
 // the counting functions do not exist, so the library's exported interface
 // and its per-frame paths are exactly what they are without them.
@@ -83,6 +83,44 @@ typedef void (*TOKAStartObserver_f)(const char* name, const char* signature,
 void TOKASetStartObserver(TOKAStartObserver_f observer);
 void TOKANoteStartTexts(const char* name, const char* signature, const char* description);
 
+// Handles: every handle a plugin gives the library is checked against the
+// live records of its kind before the call goes on as it always does. What
+// is wrong with it (null where that is not allowed, stale, of another kind,
+// never issued) is reported to the observer, naming the calling plugin and
+// the function; the host's own calls are not checked.
+enum TOKAHandleKind {
+  kHandleDataRef,
+  kHandleFlightLoop,
+  kHandleWindow,
+  kHandleHotKey,
+  kHandleMenu,
+  kHandleCommand,
+  kHandleProbe,
+  kHandleObject,
+  kHandleKindCount
+};
+typedef void (*TOKAHandleObserver_f)(int plugin, const char* function, const char* problem);
+void TOKASetHandleObserver(TOKAHandleObserver_f observer);
+void TOKACheckHandle(int kind, const void* handle, const char* function, bool nullAllowed);
+// A handle given out to the calling plugin, so that it can be told stale
+// later; a dataref the calling plugin stops serving.
+void TOKANoteIssuedHandle(int kind, const void* handle);
+void TOKANoteRetiredDataRef(const void* handle);
+
+// Each family says whether a handle is one of its live records.
+bool TOKAIsLiveDataRef(const void* handle);
+bool TOKAIsLiveFlightLoop(const void* handle);
+bool TOKAIsLiveWindow(const void* handle);
+bool TOKAIsLiveHotKey(const void* handle);
+bool TOKAIsLiveMenu(const void* handle);
+bool TOKAIsLiveCommand(const void* handle);
+bool TOKAIsLiveProbe(const void* handle);
+bool TOKAIsLiveObject(const void* handle);
+
+#define TOKA_CHECK_HANDLE(kind, handle) TOKACheckHandle(kind, handle, __func__, false)
+#define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) TOKACheckHandle(kind, handle, __func__, true)
+#define TOKA_NOTE_ISSUED(kind, handle) TOKANoteIssuedHandle(kind, handle)
+#define TOKA_NOTE_RETIRED_DATAREF(handle) TOKANoteRetiredDataRef(handle)
 #define TOKA_INSPECT_MOMENT(moment, plugin) TOKANoteInspectMoment(moment, plugin)
 #define TOKA_START_GUARD kStartGuardSize
 #define TOKA_INSPECT_BEFORE_START(n, s, d) TOKAFillStartGuards(n, s, d)
@@ -90,6 +128,10 @@ void TOKANoteStartTexts(const char* name, const char* signature, const char* des
 
 #else
 
+#define TOKA_CHECK_HANDLE(kind, handle) ((void)0)
+#define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) ((void)0)
+#define TOKA_NOTE_ISSUED(kind, handle) ((void)0)
+#define TOKA_NOTE_RETIRED_DATAREF(handle) ((void)0)
 #define TOKA_INSPECT_MOMENT(moment, plugin) ((void)0)
 #define TOKA_START_GUARD 0
 #define TOKA_INSPECT_BEFORE_START(n, s, d) ((void)0)

@@ -4,6 +4,7 @@
 #include <cfloat>
 #include <cmath>
 
+#include "loader/inspect.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
 #include "loader/loading.h"
@@ -122,10 +123,12 @@ TOKA_API TOKAFlightLoopID TOKACreateFlightLoop(TOKACreateFlightLoop_t* params) {
   record->refcon = params->refcon;
   record->owner = TOKAGetDispatchedPlugin();
   gFlightLoops.Add(record);
+  TOKA_NOTE_ISSUED(kHandleFlightLoop, record);
   return record;
 }
 
 TOKA_API void TOKAScheduleFlightLoop(TOKAFlightLoopID loop, float interval, int relativeToNow) {
+  TOKA_CHECK_HANDLE(kHandleFlightLoop, loop);
   TOKAFlightLoopRecord* record = FindFlightLoop(loop);
   if (!record) return;
   if (record->owner != TOKAGetDispatchedPlugin()) {
@@ -140,6 +143,7 @@ TOKA_API void TOKAScheduleFlightLoop(TOKAFlightLoopID loop, float interval, int 
 }
 
 TOKA_API void TOKADestroyFlightLoop(TOKAFlightLoopID loop) {
+  TOKA_CHECK_HANDLE(kHandleFlightLoop, loop);
   TOKAFlightLoopRecord* record = FindFlightLoop(loop);
   if (!record) return;
   if (record->owner != TOKAGetDispatchedPlugin()) {
@@ -279,6 +283,11 @@ void TOKAProcessingCleanupHook(int plugin) {
 
 #ifdef TOKA_VALIDATOR
 #include "loader/inspect.h"
+
+bool TOKAIsLiveFlightLoop(const void* handle) {
+  const TOKAFlightLoopRecord* record = FindFlightLoop(const_cast<void*>(handle));
+  return record && !record->is_dead();
+}
 
 void TOKAInspectFlightLoops(int plugin, TOKAInspection& out) {
   for (const TOKAFlightLoopRecord* record = gFlightLoops.head; record; record = record->get_next()) {

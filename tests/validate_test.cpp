@@ -63,7 +63,7 @@ TEST(ValidateOptions, BadOptionsStopWithOneLineAndTheHelpListsEveryOption) {
                            "--list-checks", "  5      240     8       2 ms    16.7 ms  500\n"});
   ProgramRun list = Validate("--list-checks");
   EXPECT_EQ(0, list.status);
-  ExpectInOrder(list.out, {"entry-points  ", "\nlifecycle     ", "\ncleanup       "});
+  ExpectInOrder(list.out, {"entry-points  ", "\nlifecycle     ", "\ncleanup       ", "\nhandles       "});
 }
 
 // Each broken plugin fails the one check that is about its fault, with the
@@ -77,7 +77,7 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
 
   std::string dir = TOKA_BROKEN_DIR;
   ProgramRun run = Validate("--seed 1 '" + dir + "'");
-  EXPECT_EQ(5, run.status) << run.out << run.err;
+  EXPECT_EQ(6, run.status) << run.out << run.err;
   std::vector<std::string> failures = {
       "FAIL lifecycle " + dir + "/draw_null.orv: killed by signal SIGSEGV (Segmentation fault)",
       "FAIL entry-points " + dir + "/duplicate_signature.orv: its signature "
@@ -86,17 +86,27 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
       "hot keys 1",
       "FAIL cleanup " + dir + "/leaves_window.orv: left to the library's clean-up at unload: "
       "windows 1",
+      "FAIL handles " + dir + "/stale_dataref.orv: Stale dataref: TOKAGetDatai was given a stale "
+      "handle: dataref \"toka/broken/stale/value\", which it no longer serves (120 times)",
       "FAIL lifecycle " + dir + "/throws_in_loop.orv: an exception escaped the first run, "
       "frame 3: the third run of the flight loop",
   };
   EXPECT_EQ(failures, Lines(run.out, "FAIL"));
-  EXPECT_EQ(13u, Lines(run.out, "PASS").size());
+  EXPECT_EQ(20u, Lines(run.out, "PASS").size());
+  // The crash and the exception are the lifecycle check's; the handles
+  // check, which runs the same frames, meets them again and says so.
+  EXPECT_EQ((std::vector<std::string>{
+                "SKIP handles " + dir + "/draw_null.orv: killed by signal SIGSEGV (Segmentation "
+                "fault) (see lifecycle)",
+                "SKIP handles " + dir + "/throws_in_loop.orv: an exception escaped the plugin's "
+                "life (see lifecycle): the third run of the flight loop"}),
+            Lines(run.out, "SKIP"));
   ExpectInOrder(run.out, {"toka-validate: seed 1, level 3, 60 frames, 3 cycles\n",
                           "hot keys 1\n    warning: still running after its disable entry: "
                           "hot keys 1\n",
                           "PASS cleanup " + dir + "/loop_after_disable.orv: warning: still "
                           "running after its disable entry: scheduled flight loops 1\n",
-                          "toka-validate: 13 passed, 5 failed, 0 skipped (seed 1)\n"});
+                          "toka-validate: 20 passed, 6 failed, 2 skipped (seed 1)\n"});
 
   // What still runs after disable fails at the strictest level; below level
   // 3 neither it nor what is left at unload fails.
@@ -119,7 +129,7 @@ TEST(ValidateExamples, EveryExamplePassesEveryCheckAtTheStrictestLevel) {
   EXPECT_EQ(0, run.status) << run.out << run.err;
   EXPECT_TRUE(Lines(run.out, "FAIL").empty()) << run.out;
   EXPECT_TRUE(Lines(run.out, "SKIP").empty()) << run.out;
-  EXPECT_EQ(8u * 3u, Lines(run.out, "PASS").size()) << run.out;
+  EXPECT_EQ(8u * 4u, Lines(run.out, "PASS").size()) << run.out;
 }
 
 // The report names its seed, and the same seed gives the same report, in
@@ -137,9 +147,10 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
 
   nlohmann::json report = nlohmann::json::parse(ReadFile(first));
   EXPECT_EQ(42u, report["seed"]);
-  EXPECT_EQ(5, report["failed"]);
-  EXPECT_EQ(13, report["passed"]);
-  ASSERT_EQ(18u, report["checks"].size());
+  EXPECT_EQ(6, report["failed"]);
+  EXPECT_EQ(20, report["passed"]);
+  EXPECT_EQ(2, report["skipped"]);
+  ASSERT_EQ(28u, report["checks"].size());
   const nlohmann::json& crash = report["checks"][1];
   EXPECT_EQ(dir + "/draw_null.orv", crash["plugin"]);
   EXPECT_EQ("lifecycle", crash["check"]);
@@ -155,6 +166,6 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   for (const std::string& line : Lines(only.out, ""))
     if (line.find(" lifecycle ") == 4) onlyLines.push_back(line);
   EXPECT_EQ(lifecycle, onlyLines);
-  EXPECT_EQ(6u, onlyLines.size());
+  EXPECT_EQ(7u, onlyLines.size());
   EXPECT_EQ(2, only.status);
 }

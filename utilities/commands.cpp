@@ -9,6 +9,7 @@
 #include <set>
 #include <vector>
 
+#include "loader/inspect.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
 #include "loader/plugin_records.h"
@@ -81,30 +82,38 @@ TOKA_API TOKACommandRef TOKACreateCommand(const char* name, const char* descript
     TOKASendError("Plugin is illegally registering a command with the prefix sim/");
     TOKALogPluginWarning("It is illegal to register a command starting with sim/");
   }
-  return gHostServices->CreateCommand(name, description, 1);
+  TOKACommandRef command = gHostServices->CreateCommand(name, description, 1);
+  TOKA_NOTE_ISSUED(kHandleCommand, command);
+  return command;
 }
 
 TOKA_API TOKACommandRef TOKAFindCommand(const char* name) {
-  return gHostServices->CreateCommand(name, nullptr, 0);
+  TOKACommandRef command = gHostServices->CreateCommand(name, nullptr, 0);
+  TOKA_NOTE_ISSUED(kHandleCommand, command);
+  return command;
 }
 
 TOKA_API void TOKACommandBegin(TOKACommandRef command) {
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   gCommandMap[TOKAGetDispatchedPlugin()].insert(command);
   gHostServices->CommandBegin(command);
 }
 
 TOKA_API void TOKACommandEnd(TOKACommandRef command) {
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   gHostServices->CommandEnd(command);
   gCommandMap[TOKAGetDispatchedPlugin()].erase(command);
 }
 
 TOKA_API void TOKACommandOnce(TOKACommandRef command) {
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   gHostServices->CommandBegin(command);
   gHostServices->CommandEnd(command);
 }
 
 TOKA_API void TOKARegisterCommandHandler(TOKACommandRef command, TOKACommandCallback_f handler,
                                          int before, void* refcon) {
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   // Before-handlers go to the front and after-handlers to the back: the
   // newest before-handler sees the command first and the oldest
   // after-handler sees it first, and plugins rely on both.
@@ -119,6 +128,7 @@ TOKA_API void TOKARegisterCommandHandler(TOKACommandRef command, TOKACommandCall
 TOKA_API void TOKAUnregisterCommandHandler(TOKACommandRef command,
                                            TOKACommandCallback_f handler, int before,
                                            void* refcon) {
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   TOKACommandCB_t record = {handler, TOKAGetDispatchedPlugin(), refcon};
   TOKACommandCBList& list = HooksFor(before)[command];
   auto found = std::find(list.begin(), list.end(), record);

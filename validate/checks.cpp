@@ -26,6 +26,9 @@ const std::vector<Check>& AllChecks() {
       {"cleanup", "nothing left to the library's clean-up at unload, nothing running after "
                   "disable, nothing at all after the clean-up",
        CheckCleanup},
+      {"handles", "every handle it passes (datarefs, flight loops, windows, hot keys, menus, "
+                  "commands, probes, objects) live and of its kind",
+       CheckHandles},
   };
   return checks;
 }

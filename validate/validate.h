@@ -90,6 +90,7 @@ std::string ReportJson(const Options& options, const std::vector<CheckResult>& r
 void CheckEntryPoints(const CheckInput& input, CheckResult& result);
 void CheckLifecycle(const CheckInput& input, CheckResult& result);
 void CheckCleanup(const CheckInput& input, CheckResult& result);
+void CheckHandles(const CheckInput& input, CheckResult& result);
 
 // A reproducible stream of numbers drawn from a seed.
 class Random {

@@ -100,8 +100,17 @@ void World::Stop() {
 
 int World::PluginID() const {
   for (int id = 1; id < (int)gAllPlugins.size(); ++id)
-    if (gAllPlugins[id].path == mLink && gAllPlugins[id].module) return id;
+    if (gAllPlugins[id].path == mLink && gAllPlugins[id].module) {
+      mName = gAllPlugins[id].name;
+      return id;
+    }
   return -1;
+}
+
+std::string World::PluginName() const {
+  int id = PluginID();
+  if (id > 0) mName = gAllPlugins[id].name;
+  return mName.empty() ? BaseName(mPlugin) : mName;
 }
 
 std::string World::LogAbout() const {

@@ -26,6 +26,9 @@ public:
 
   // The plugin's ID, or -1 when the library has not loaded it.
   int PluginID() const;
+  // The name the plugin gave itself, remembered from its last start (or its
+  // file's name).
+  std::string PluginName() const;
   // The plugin's path as the library knows it.
   const std::string& linkPath() const { return mLink; }
   // Everything the host printed, the library's log among it.
@@ -35,12 +38,15 @@ public:
 
 private:
   std::string mPlugin, mRoot, mLink, mLog;
+  mutable std::string mName;
   int mFrames;
   bool mRunning = false;
 };
 
 // Runs body; false with the exception's text when one escapes it.
 bool Guarded(const std::function<void()>& body, std::string& what);
+
+
 
 }  // namespace toka_validate
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <vector>
 
+#include "loader/inspect.h"
 #include "loader/deliveries.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
@@ -71,10 +72,12 @@ TOKA_API TOKAProbeRef TOKACreateProbe(int probeType) {
   record->hostProbe = TakeHostProbe();
   TOKAProbeRecord* handle = record.get();
   gProbes[handle] = std::move(record);
+  TOKA_NOTE_ISSUED(kHandleProbe, handle);
   return handle;
 }
 
 TOKA_API void TOKADestroyProbe(TOKAProbeRef probe) {
+  TOKA_CHECK_HANDLE(kHandleProbe, probe);
   TOKAProbeRecord* record = FindProbe(probe);
   if (!record) return;
   gFreeProbes.insert(record->hostProbe);
@@ -83,6 +86,7 @@ TOKA_API void TOKADestroyProbe(TOKAProbeRef probe) {
 
 TOKA_API int TOKAProbeTerrainXYZ(TOKAProbeRef probe, float x, float y, float z,
                                  TOKAProbeInfo_t* info) {
+  TOKA_CHECK_HANDLE(kHandleProbe, probe);
   // A destroyed probe's record is gone: it answers like a bad probe rather
   // than being read after it was freed.
   TOKAProbeRecord* record = FindProbe(probe);
@@ -97,6 +101,7 @@ TOKA_API int TOKAProbeTerrainXYZ(TOKAProbeRef probe, float x, float y, float z,
 TOKA_API TOKAObjectRef TOKALoadObject(const char* path) {
   TOKAObjectRef object = gHostServices->LoadObject(path);
   if (object) ObjectsOf(TOKAGetDispatchedPlugin()).push_back(object);
+  TOKA_NOTE_ISSUED(kHandleObject, object);
   return object;
 }
 
@@ -135,6 +140,7 @@ TOKA_API void TOKALoadObjectAsync(const char* path, TOKAObjectLoaded_f callback,
 }
 
 TOKA_API void TOKAUnloadObject(TOKAObjectRef object) {
+  TOKA_CHECK_HANDLE(kHandleObject, object);
   std::vector<TOKAObjectRef>& objects = ObjectsOf(TOKAGetDispatchedPlugin());
   auto found = std::find(objects.begin(), objects.end(), object);
   if (found == objects.end()) {
@@ -164,6 +170,7 @@ static bool DrawArgumentsAreValid(TOKAObjectRef object, int count, const TOKADra
 
 TOKA_API void TOKADrawObjects(TOKAObjectRef object, int count, TOKADrawInfo_t* locations,
                               int lighting, int earthRelative) {
+  TOKA_CHECK_HANDLE(kHandleObject, object);
   if (TOKAHasError() && !DrawArgumentsAreValid(object, count, locations)) return;
   for (int i = 0; i < count; ++i) {
     const TOKADrawInfo_t& at = locations[i];
@@ -197,6 +204,17 @@ void TOKASceneryCleanupHook(int plugin) {
 
 #ifdef TOKA_VALIDATOR
 #include "loader/inspect.h"
+
+bool TOKAIsLiveProbe(const void* handle) {
+  return gProbes.count(static_cast<const TOKAProbeRecord*>(handle)) != 0;
+}
+
+bool TOKAIsLiveObject(const void* handle) {
+  for (const auto& entry : gObjects)
+    for (TOKAObjectRef object : entry.second)
+      if (object == handle) return true;
+  return false;
+}
 
 void TOKAInspectScenery(int plugin, TOKAInspection& out) {
   for (const auto& entry : gProbes)
