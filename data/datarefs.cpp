@@ -7,8 +7,8 @@
 #include <cstring>
 #include <new>
 
-#include "loader/inspect.h"
 #include "loader/enabling.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 
@@ -157,6 +157,7 @@ const char* DebugDataRefName(void* handle) {
 }
 
 TOKA_API TOKADataRef TOKAFindDataRef(const char* name) {
+  TOKA_NOTE_CALL();
   if (!name) return nullptr;
   auto found = gDataRefs.find(std::string_view(name));
   if (found == gDataRefs.end() || found->second->owner == -1) return nullptr;
@@ -171,6 +172,7 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
     TOKASetDatavi_f writeIntArray, TOKAGetDatavf_f readFloatArray,
     TOKASetDatavf_f writeFloatArray, TOKAGetDatab_f readData, TOKASetDatab_f writeData,
     void* readRefcon, void* writeRefcon) {
+  TOKA_NOTE_CALL();
   TOKAData_t* record;
   auto found = gDataRefs.find(std::string_view(name));
   if (found != gDataRefs.end()) {
@@ -209,6 +211,7 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
 }
 
 TOKA_API void TOKAUnregisterDataAccessor(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   TOKAData_t* record = DataIsValid(ref);
   if (!record) {
@@ -226,16 +229,19 @@ TOKA_API void TOKAUnregisterDataAccessor(TOKADataRef ref) {
 }
 
 TOKA_API int TOKAIsDataRefGood(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKAData_t* record = DataIsValid(ref);
   return record && record->owner != -1 ? 1 : 0;
 }
 
 TOKA_API int TOKACanWriteDataRef(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ref ? static_cast<TOKAData_t*>(ref)->writable : 0;
 }
 
 TOKA_API TOKADataTypeID TOKAGetDataRefTypes(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ref ? static_cast<TOKAData_t*>(ref)->types : 0;
 }
@@ -265,61 +271,73 @@ inline void WriteThrough(TOKADataRef ref, Callback TOKAData_t::*callback, Args..
 }  // namespace
 
 TOKA_API int TOKAGetDatai(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readInt);
 }
 
 TOKA_API void TOKASetDatai(TOKADataRef ref, int value) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeInt, value);
 }
 
 TOKA_API float TOKAGetDataf(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<float>(ref, &TOKAData_t::readFloat);
 }
 
 TOKA_API void TOKASetDataf(TOKADataRef ref, float value) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeFloat, value);
 }
 
 TOKA_API double TOKAGetDatad(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<double>(ref, &TOKAData_t::readDouble);
 }
 
 TOKA_API void TOKASetDatad(TOKADataRef ref, double value) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeDouble, value);
 }
 
 TOKA_API int TOKAGetDatavi(TOKADataRef ref, int* values, int offset, int max) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readIntArray, values, offset, max);
 }
 
 TOKA_API void TOKASetDatavi(TOKADataRef ref, int* values, int offset, int count) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeIntArray, values, offset, count);
 }
 
 TOKA_API int TOKAGetDatavf(TOKADataRef ref, float* values, int offset, int max) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readFloatArray, values, offset, max);
 }
 
 TOKA_API void TOKASetDatavf(TOKADataRef ref, float* values, int offset, int count) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeFloatArray, values, offset, count);
 }
 
 TOKA_API int TOKAGetDatab(TOKADataRef ref, void* values, int offset, int max) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readData, values, offset, max);
 }
 
 TOKA_API void TOKASetDatab(TOKADataRef ref, void* values, int offset, int count) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeData, values, offset, count);
 }
@@ -333,8 +351,6 @@ void TOKADataRefsCleanupHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
-#include "loader/inspect.h"
-
 bool TOKAIsLiveDataRef(const void* handle) {
   return DataIsValid(const_cast<void*>(handle)) != nullptr;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "data/datarefs.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 
 struct TOKASharedDataSubscriber {
@@ -204,6 +205,7 @@ static TOKASharedDataRecord* CreateSharedData(const char* name, int type) {
 
 TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                            void* refcon) {
+  TOKA_NOTE_CALL();
   TOKASharedDataRecord* record = FindSharedData(name);
   if (record && record->type != type) return 0;
   if (!record) {
@@ -217,6 +219,7 @@ TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChange
 
 TOKA_API int TOKAUnshareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                              void* refcon) {
+  TOKA_NOTE_CALL();
   if (!callback) return 0;
   TOKASharedDataRecord* record = FindSharedData(name);
   if (!record || record->type != type) return 0;
@@ -243,8 +246,6 @@ void TOKASharedDataCleanupHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
-#include "loader/inspect.h"
-
 void TOKAInspectSharedData(int plugin, TOKAInspection& out) {
   for (const auto& record : gSharedData)
     for (const TOKASharedDataSubscriber& subscriber : record->subscribers)

@@ -17,6 +17,7 @@ static const int kDescriptionSize = 512;
 
 TOKA_API TOKAHotKeyID TOKARegisterHotKey(char virtualKey, int flags, const char* description,
                                          TOKAHotKey_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   TOKAHotKeyInfoRecord* record = new TOKAHotKeyInfoRecord;
   record->plugin = TOKAGetDispatchedPlugin();
   record->virtual_key = virtualKey;
@@ -38,12 +39,14 @@ TOKAHotKeyInfoRecord* TOKAValidateHotKey(TOKAHotKeyID hotKey, TOKAHotKeyInfoReco
 }
 
 TOKA_API void TOKAUnregisterHotKey(TOKAHotKeyID hotKey) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   if (TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr)) gHotKeys.Remove(record);
   gHotKeys.EndIterate();
 }
 
 TOKA_API int TOKACountHotKeys(void) {
+  TOKA_NOTE_CALL();
   int count = 0;
   for (TOKAHotKeyInfoRecord* record = gHotKeys.BeginIterate(); record; record = record->get_next())
     ++count;
@@ -51,6 +54,7 @@ TOKA_API int TOKACountHotKeys(void) {
 }
 
 TOKA_API TOKAHotKeyID TOKAGetNthHotKey(int index) {
+  TOKA_NOTE_CALL();
   TOKAHotKeyInfoRecord* record = gHotKeys.BeginIterate();
   for (int at = 0; record && at < index; ++at) record = record->get_next();
   return index < 0 ? nullptr : record;
@@ -58,6 +62,7 @@ TOKA_API TOKAHotKeyID TOKAGetNthHotKey(int index) {
 
 TOKA_API void TOKAGetHotKeyInfo(TOKAHotKeyID hotKey, char* outVirtualKey, int* outFlags,
                                 char* outDescription, TOKAPluginID* outPlugin) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr);
   if (!record) return;
@@ -68,6 +73,7 @@ TOKA_API void TOKAGetHotKeyInfo(TOKAHotKeyID hotKey, char* outVirtualKey, int* o
 }
 
 TOKA_API void TOKASetHotKeyCombination(TOKAHotKeyID hotKey, char virtualKey, int flags) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr);
   if (!record) return;

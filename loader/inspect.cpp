@@ -4,7 +4,9 @@
 
 #include "loader/inspect.h"
 
+#include <chrono>
 #include <cstring>
+#include <vector>
 
 #include "display/display.h"
 #include "loader/plugin_records.h"
@@ -82,6 +84,30 @@ TOKAInspection TOKAInspectPlugin(int plugin) {
     out.owned[kInspectPendingLoads] +=
         CountQueue(gAllPlugins[plugin].pending) + CountQueue(gAllPlugins[plugin].held);
   return out;
+}
+
+// Indexed by plugin ID, grown as IDs appear.
+static std::vector<TOKACost> gCosts;
+static std::chrono::steady_clock::time_point gLastSwitch = std::chrono::steady_clock::now();
+
+static TOKACost& CostOf(int plugin) {
+  if (plugin >= (int)gCosts.size()) gCosts.resize(plugin + 1);
+  return gCosts[plugin];
+}
+
+void TOKANoteCall() {
+  int plugin = TOKAGetDispatchedPlugin();
+  if (plugin >= 0) ++CostOf(plugin).calls;
+}
+
+void TOKANoteDispatchSwitch(int from) {
+  auto now = std::chrono::steady_clock::now();
+  if (from >= 0) CostOf(from).seconds += std::chrono::duration<double>(now - gLastSwitch).count();
+  gLastSwitch = now;
+}
+
+TOKACost TOKAPluginCost(int plugin) {
+  return plugin >= 0 && plugin < (int)gCosts.size() ? gCosts[plugin] : TOKACost();
 }
 
 static TOKAInspectObserver_f gInspectObserver = nullptr;

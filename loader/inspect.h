@@ -117,6 +117,20 @@ bool TOKAIsLiveCommand(const void* handle);
 bool TOKAIsLiveProbe(const void* handle);
 bool TOKAIsLiveObject(const void* handle);
 
+// Cost: each plugin's calls into the interface, and the time spent while it
+// is the dispatched plugin (in its code, and in the library on its behalf),
+// since the library was loaded.
+struct TOKACost {
+  long long calls = 0;
+  double seconds = 0;
+};
+void TOKANoteCall();
+// The dispatched plugin changes: the time since the last change was from's.
+void TOKANoteDispatchSwitch(int from);
+TOKACost TOKAPluginCost(int plugin);
+
+#define TOKA_NOTE_CALL() TOKANoteCall()
+#define TOKA_NOTE_DISPATCH_SWITCH(from) TOKANoteDispatchSwitch(from)
 #define TOKA_CHECK_HANDLE(kind, handle) TOKACheckHandle(kind, handle, __func__, false)
 #define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) TOKACheckHandle(kind, handle, __func__, true)
 #define TOKA_NOTE_ISSUED(kind, handle) TOKANoteIssuedHandle(kind, handle)
@@ -128,6 +142,8 @@ bool TOKAIsLiveObject(const void* handle);
 
 #else
 
+#define TOKA_NOTE_CALL() ((void)0)
+#define TOKA_NOTE_DISPATCH_SWITCH(from) ((void)0)
 #define TOKA_CHECK_HANDLE(kind, handle) ((void)0)
 #define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) ((void)0)
 #define TOKA_NOTE_ISSUED(kind, handle) ((void)0)

@@ -272,6 +272,7 @@ void TOKAUnloadAcfPlugin() {
 }
 
 TOKA_API void TOKAReloadPlugins(void) {
+  TOKA_NOTE_CALL();
   gReloadScheduled = 1;
 }
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "loader/inspect.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAMenus.h"
@@ -105,11 +105,13 @@ void TOKAInitMenus() {
 }
 
 TOKA_API TOKAMenuID TOKAFindPluginsMenu(void) {
+  TOKA_NOTE_CALL();
   return gPluginsMenu;
 }
 
 TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int parentItem,
                                    TOKAMenuHandler_f handler, void* menuRef) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE_OR_NULL(kHandleMenu, parentMenu);
   TOKAMenuInfo_t* parent = AsMenu(parentMenu);
   if (!parent && gPluginsMenu) {
@@ -132,6 +134,7 @@ TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int 
 
 TOKA_API int TOKAAppendMenuItem(TOKAMenuID menuID, const char* name, void* itemRef,
                                 int forceEnglish) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   // Any plugin may add to any menu (plugins share the Plugins menu this
   // way); the item belongs to the plugin that added it.
@@ -147,32 +150,38 @@ TOKA_API int TOKAAppendMenuItem(TOKAMenuID menuID, const char* name, void* itemR
 }
 
 TOKA_API int TOKAAppendMenuSeparator(TOKAMenuID menu) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menu);
   return TOKAAppendMenuItem(menu, "-", nullptr, 0);
 }
 
 TOKA_API void TOKASetMenuItemName(TOKAMenuID menu, int index, const char* name,
                                   int forceEnglish) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menu);
   gHostServices->SetMenuItemName(AsMenu(menu)->hostMenuID, index, name, forceEnglish);
 }
 
 TOKA_API void TOKAEnableMenuItem(TOKAMenuID menu, int index, int enabled) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menu);
   AsMenu(menu)->itemEnabled[index] = enabled;
 }
 
 TOKA_API void TOKACheckMenuItem(TOKAMenuID menu, int index, int check) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menu);
   AsMenu(menu)->itemChecks[index] = check;
 }
 
 TOKA_API void TOKACheckMenuItemState(TOKAMenuID menu, int index, int* outCheck) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menu);
   *outCheck = AsMenu(menu)->itemChecks[index];
 }
 
 TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   TOKAMenuInfo_t* menu = AsMenu(menuID);
   if (index < 0 || index >= (int)menu->itemHostIDs.size()) {
@@ -183,6 +192,7 @@ TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
 }
 
 TOKA_API void TOKAClearAllMenuItems(TOKAMenuID menuID) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   TOKAMenuInfo_t* menu = AsMenu(menuID);
   if (menu->plugin != TOKAGetDispatchedPlugin()) return;
@@ -190,6 +200,7 @@ TOKA_API void TOKAClearAllMenuItems(TOKAMenuID menuID) {
 }
 
 TOKA_API void TOKADestroyMenu(TOKAMenuID menuID) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   TOKAMenuInfo_t* menu = AsMenu(menuID);
   if (!IsListed(menu) || menu->plugin != TOKAGetDispatchedPlugin()) return;
@@ -269,8 +280,6 @@ void TOKAMenuCleanupHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
-#include "loader/inspect.h"
-
 bool TOKAIsLiveMenu(const void* handle) {
   return IsListed(AsMenu(const_cast<void*>(handle)));
 }

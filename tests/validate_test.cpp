@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <regex>
+
 #include "harness/host_program.h"
 #include "harness/temp_tree.h"
 
@@ -63,7 +65,8 @@ TEST(ValidateOptions, BadOptionsStopWithOneLineAndTheHelpListsEveryOption) {
                            "--list-checks", "  5      240     8       2 ms    16.7 ms  500\n"});
   ProgramRun list = Validate("--list-checks");
   EXPECT_EQ(0, list.status);
-  ExpectInOrder(list.out, {"entry-points  ", "\nlifecycle     ", "\ncleanup       ", "\nhandles       "});
+  ExpectInOrder(list.out, {"entry-points  ", "\nlifecycle     ", "\ncleanup       ", "\nhandles       ",
+                           "\ncost          "});
 }
 
 // Each broken plugin fails the one check that is about its fault, with the
@@ -76,8 +79,8 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
   ASSERT_NE(std::string::npos, needs.out.find("[libtoka.so]")) << needs.out;
 
   std::string dir = TOKA_BROKEN_DIR;
-  ProgramRun run = Validate("--seed 1 '" + dir + "'");
-  EXPECT_EQ(6, run.status) << run.out << run.err;
+  ProgramRun run = Validate("--seed 1 --frames 20 '" + dir + "'");
+  EXPECT_EQ(7, run.status) << run.out << run.err;
   std::vector<std::string> failures = {
       "FAIL lifecycle " + dir + "/draw_null.orv: killed by signal SIGSEGV (Segmentation fault)",
       "FAIL entry-points " + dir + "/duplicate_signature.orv: its signature "
@@ -86,27 +89,40 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
       "hot keys 1",
       "FAIL cleanup " + dir + "/leaves_window.orv: left to the library's clean-up at unload: "
       "windows 1",
+      "FAIL cost " + dir + "/slow_frames.orv: too slow: median 20.",
       "FAIL handles " + dir + "/stale_dataref.orv: Stale dataref: TOKAGetDatai was given a stale "
-      "handle: dataref \"toka/broken/stale/value\", which it no longer serves (120 times)",
+      "handle: dataref \"toka/broken/stale/value\", which it no longer serves (40 times)",
       "FAIL lifecycle " + dir + "/throws_in_loop.orv: an exception escaped the first run, "
       "frame 3: the third run of the flight loop",
   };
-  EXPECT_EQ(failures, Lines(run.out, "FAIL"));
-  EXPECT_EQ(20u, Lines(run.out, "PASS").size());
-  // The crash and the exception are the lifecycle check's; the handles
-  // check, which runs the same frames, meets them again and says so.
-  EXPECT_EQ((std::vector<std::string>{
-                "SKIP handles " + dir + "/draw_null.orv: killed by signal SIGSEGV (Segmentation "
-                "fault) (see lifecycle)",
-                "SKIP handles " + dir + "/throws_in_loop.orv: an exception escaped the plugin's "
-                "life (see lifecycle): the third run of the flight loop"}),
+  // The time measured varies from run to run: the slow plugin's line is
+  // matched to its measurements' form.
+  std::vector<std::string> found = Lines(run.out, "FAIL");
+  ASSERT_EQ(failures.size(), found.size()) << run.out;
+  const std::regex slow(
+      "FAIL cost .*/slow_frames.orv: too slow: median 2\\d\\.\\d\\d ms, slowest \\d+\\.\\d\\d ms "
+      "per frame in its code; 0\\.0 library calls per frame \\(at most 0\\); the median may be "
+      "at most 5\\.0 ms at level 3");
+  EXPECT_TRUE(std::regex_match(found[4], slow)) << found[4];
+  found[4] = failures[4];
+  EXPECT_EQ(failures, found);
+  EXPECT_EQ(29u, Lines(run.out, "PASS").size());
+  // The crash and the exception are the lifecycle check's; the checks that
+  // run the same frames meet them again and say so.
+  std::string crash = "killed by signal SIGSEGV (Segmentation fault) (see lifecycle)";
+  std::string thrown =
+      "an exception escaped the plugin's life (see lifecycle): the third run of the flight loop";
+  EXPECT_EQ((std::vector<std::string>{"SKIP handles " + dir + "/draw_null.orv: " + crash,
+                                      "SKIP cost " + dir + "/draw_null.orv: " + crash,
+                                      "SKIP handles " + dir + "/throws_in_loop.orv: " + thrown,
+                                      "SKIP cost " + dir + "/throws_in_loop.orv: " + thrown}),
             Lines(run.out, "SKIP"));
-  ExpectInOrder(run.out, {"toka-validate: seed 1, level 3, 60 frames, 3 cycles\n",
+  ExpectInOrder(run.out, {"toka-validate: seed 1, level 3, 20 frames, 3 cycles\n",
                           "hot keys 1\n    warning: still running after its disable entry: "
                           "hot keys 1\n",
                           "PASS cleanup " + dir + "/loop_after_disable.orv: warning: still "
                           "running after its disable entry: scheduled flight loops 1\n",
-                          "toka-validate: 20 passed, 6 failed, 2 skipped (seed 1)\n"});
+                          "toka-validate: 29 passed, 7 failed, 4 skipped (seed 1)\n"});
 
   // What still runs after disable fails at the strictest level; below level
   // 3 neither it nor what is left at unload fails.
@@ -129,28 +145,43 @@ TEST(ValidateExamples, EveryExamplePassesEveryCheckAtTheStrictestLevel) {
   EXPECT_EQ(0, run.status) << run.out << run.err;
   EXPECT_TRUE(Lines(run.out, "FAIL").empty()) << run.out;
   EXPECT_TRUE(Lines(run.out, "SKIP").empty()) << run.out;
-  EXPECT_EQ(8u * 4u, Lines(run.out, "PASS").size()) << run.out;
+  EXPECT_EQ(8u * 5u, Lines(run.out, "PASS").size()) << run.out;
+}
+
+// Everything but the cost check's measurements.
+std::string WithoutCost(const std::string& report) {
+  std::string kept;
+  for (const std::string& line : Lines(report, ""))
+    if (line.find(" cost ") != 4) kept += line + "\n";
+  return kept;
 }
 
 // The report names its seed, and the same seed gives the same report, in
-// text and in JSON; --only runs one check of the same run.
+// text and in JSON, but for the times measured; --only runs one check of
+// the same run.
 TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   TempTree scratch;
   std::string dir = TOKA_BROKEN_DIR;
   std::string first = scratch.root() + "first.json", second = scratch.root() + "second.json";
-  ProgramRun a = Validate("--seed 42 --repeat 4 --json '" + first + "' '" + dir + "'");
-  ProgramRun b = Validate("--seed 42 --repeat 4 --json '" + second + "' '" + dir + "'");
-  EXPECT_EQ(a.out, b.out);
-  EXPECT_EQ(ReadFile(first), ReadFile(second));
-  ExpectInOrder(a.out, {"toka-validate: seed 42, level 3, 60 frames, 4 cycles\n",
+  std::string options = "--seed 42 --repeat 4 --frames 10 ";
+  ProgramRun a = Validate(options + "--json '" + first + "' '" + dir + "'");
+  ProgramRun b = Validate(options + "--json '" + second + "' '" + dir + "'");
+  EXPECT_EQ(WithoutCost(a.out), WithoutCost(b.out));
+  EXPECT_NE(std::string::npos, a.out.find(" cost "));
+  ExpectInOrder(a.out, {"toka-validate: seed 42, level 3, 10 frames, 4 cycles\n",
                         "4 warm and 4 cold cycles", "(seed 42)\n"});
 
   nlohmann::json report = nlohmann::json::parse(ReadFile(first));
+  nlohmann::json again = nlohmann::json::parse(ReadFile(second));
+  for (nlohmann::json* json : {&report, &again})
+    for (nlohmann::json& check : (*json)["checks"])
+      if (check["check"] == "cost") check["reason"] = "";
+  EXPECT_EQ(report, again);
   EXPECT_EQ(42u, report["seed"]);
-  EXPECT_EQ(6, report["failed"]);
-  EXPECT_EQ(20, report["passed"]);
-  EXPECT_EQ(2, report["skipped"]);
-  ASSERT_EQ(28u, report["checks"].size());
+  EXPECT_EQ(7, report["failed"]);
+  EXPECT_EQ(29, report["passed"]);
+  EXPECT_EQ(4, report["skipped"]);
+  ASSERT_EQ(40u, report["checks"].size());
   const nlohmann::json& crash = report["checks"][1];
   EXPECT_EQ(dir + "/draw_null.orv", crash["plugin"]);
   EXPECT_EQ("lifecycle", crash["check"]);
@@ -158,7 +189,7 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   EXPECT_EQ("killed by signal SIGSEGV (Segmentation fault)", crash["reason"]);
   EXPECT_EQ("toka.broken.draw-null", report["checks"][0]["signature"]);
 
-  ProgramRun only = Validate("--seed 42 --repeat 4 --only lifecycle '" + dir + "'");
+  ProgramRun only = Validate(options + "--only lifecycle '" + dir + "'");
   std::vector<std::string> lifecycle;
   for (const std::string& line : Lines(a.out, ""))
     if (line.find(" lifecycle ") == 4) lifecycle.push_back(line);
@@ -166,6 +197,6 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   for (const std::string& line : Lines(only.out, ""))
     if (line.find(" lifecycle ") == 4) onlyLines.push_back(line);
   EXPECT_EQ(lifecycle, onlyLines);
-  EXPECT_EQ(7u, onlyLines.size());
+  EXPECT_EQ(8u, onlyLines.size());
   EXPECT_EQ(2, only.status);
 }

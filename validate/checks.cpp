@@ -29,6 +29,9 @@ const std::vector<Check>& AllChecks() {
       {"handles", "every handle it passes (datarefs, flight loops, windows, hot keys, menus, "
                   "commands, probes, objects) live and of its kind",
        CheckHandles},
+      {"cost", "time in its code per frame (median and slowest) and library calls per frame, "
+               "against the level's thresholds",
+       CheckCost},
   };
   return checks;
 }

@@ -40,17 +40,24 @@ std::string Times(int count) {
 
 // A check that runs the plugin's frames: an exception from them is the
 // lifecycle check's finding, and this check cannot say more.
-bool RunThroughLife(World& world, int frames, CheckResult& result) {
+bool RunThroughLife(World& world, int frames, CheckResult& result, const FrameWatch& watch) {
   std::string error, what;
   int id = -1;
+  auto run = [&] {
+    for (int frame = 0; frame < frames; ++frame) {
+      if (watch) watch(id, true);
+      world.RunFrames(1);
+      if (watch) watch(id, false);
+    }
+  };
   bool ran = Guarded([&] {
     if (!world.Start(error)) throw std::runtime_error(error);
     id = world.PluginID();
     if (id < 0) return;
-    world.RunFrames(frames);
+    run();
     TOKADisablePlugin(id);
     TOKAEnablePlugin(id);
-    world.RunFrames(frames);
+    run();
     TOKADisablePlugin(id);
     world.Stop();
   }, what);
@@ -70,7 +77,7 @@ bool RunThroughLife(World& world, int frames, CheckResult& result) {
 void CheckHandles(const CheckInput& input, CheckResult& result) {
   TOKASetHandleObserver(NoteMistake);
   World world(input.plugin, input.options.frames);
-  if (!RunThroughLife(world, input.options.frames, result)) return;
+  if (!RunThroughLife(world, input.options.frames, result, nullptr)) return;
   if (gMistakes.empty()) {
     result.reason = "every handle it passed was live and of its kind";
     return;

@@ -91,6 +91,7 @@ void CheckEntryPoints(const CheckInput& input, CheckResult& result);
 void CheckLifecycle(const CheckInput& input, CheckResult& result);
 void CheckCleanup(const CheckInput& input, CheckResult& result);
 void CheckHandles(const CheckInput& input, CheckResult& result);
+void CheckCost(const CheckInput& input, CheckResult& result);
 
 // A reproducible stream of numbers drawn from a seed.
 class Random {

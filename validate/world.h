@@ -6,6 +6,8 @@
 #include <functional>
 #include <string>
 
+#include "validate/validate.h"
+
 namespace toka_validate {
 
 // A simulator folder of its own for the plugin (Resources/plugins holds a
@@ -42,6 +44,13 @@ private:
   int mFrames;
   bool mRunning = false;
 };
+
+// Runs the plugin through start, frames, disable, enable, frames, disable
+// and stop, telling watch before (true) and after (false) each frame. False,
+// with the result a SKIP saying why, when an exception ends that or the
+// plugin does not load.
+typedef std::function<void(int plugin, bool before)> FrameWatch;
+bool RunThroughLife(World& world, int frames, CheckResult& result, const FrameWatch& watch);
 
 // Runs body; false with the exception's text when one escapes it.
 bool Guarded(const std::function<void()>& body, std::string& what);

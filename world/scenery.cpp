@@ -6,10 +6,10 @@
 #include <set>
 #include <vector>
 
-#include "loader/inspect.h"
 #include "loader/deliveries.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAScenery.h"
@@ -66,6 +66,7 @@ static TOKAProbeRecord* FindProbe(TOKAProbeRef handle) {
 }
 
 TOKA_API TOKAProbeRef TOKACreateProbe(int probeType) {
+  TOKA_NOTE_CALL();
   auto record = std::make_unique<TOKAProbeRecord>();
   record->plugin = TOKAGetDispatchedPlugin();
   record->type = probeType;
@@ -77,6 +78,7 @@ TOKA_API TOKAProbeRef TOKACreateProbe(int probeType) {
 }
 
 TOKA_API void TOKADestroyProbe(TOKAProbeRef probe) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleProbe, probe);
   TOKAProbeRecord* record = FindProbe(probe);
   if (!record) return;
@@ -86,6 +88,7 @@ TOKA_API void TOKADestroyProbe(TOKAProbeRef probe) {
 
 TOKA_API int TOKAProbeTerrainXYZ(TOKAProbeRef probe, float x, float y, float z,
                                  TOKAProbeInfo_t* info) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleProbe, probe);
   // A destroyed probe's record is gone: it answers like a bad probe rather
   // than being read after it was freed.
@@ -99,6 +102,7 @@ TOKA_API int TOKAProbeTerrainXYZ(TOKAProbeRef probe, float x, float y, float z,
 }
 
 TOKA_API TOKAObjectRef TOKALoadObject(const char* path) {
+  TOKA_NOTE_CALL();
   TOKAObjectRef object = gHostServices->LoadObject(path);
   if (object) ObjectsOf(TOKAGetDispatchedPlugin()).push_back(object);
   TOKA_NOTE_ISSUED(kHandleObject, object);
@@ -132,6 +136,7 @@ void TOKAObjectCompletion_t::AsyncCB(TOKAObjectRef object, void* record) {
 }
 
 TOKA_API void TOKALoadObjectAsync(const char* path, TOKAObjectLoaded_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   auto* completion = new TOKAObjectCompletion_t(TOKAGetDispatchedPlugin(), callback, refcon);
   // The simulator is asked even when the owner could not be queued: its
   // completion then finds nobody to deliver to and unloads the object.
@@ -140,6 +145,7 @@ TOKA_API void TOKALoadObjectAsync(const char* path, TOKAObjectLoaded_f callback,
 }
 
 TOKA_API void TOKAUnloadObject(TOKAObjectRef object) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleObject, object);
   std::vector<TOKAObjectRef>& objects = ObjectsOf(TOKAGetDispatchedPlugin());
   auto found = std::find(objects.begin(), objects.end(), object);
@@ -170,6 +176,7 @@ static bool DrawArgumentsAreValid(TOKAObjectRef object, int count, const TOKADra
 
 TOKA_API void TOKADrawObjects(TOKAObjectRef object, int count, TOKADrawInfo_t* locations,
                               int lighting, int earthRelative) {
+  TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleObject, object);
   if (TOKAHasError() && !DrawArgumentsAreValid(object, count, locations)) return;
   for (int i = 0; i < count; ++i) {
@@ -182,6 +189,7 @@ TOKA_API void TOKADrawObjects(TOKAObjectRef object, int count, TOKADrawInfo_t* l
 
 TOKA_API int TOKALookupObjects(const char* path, float latitude, float longitude,
                                TOKAObjectLibraryEnumerator_f enumerator, void* refcon) {
+  TOKA_NOTE_CALL();
   // The simulator calls the enumerator itself; what it reports is not owned
   // by anybody.
   return gHostServices->LookupObjects(path, latitude, longitude, enumerator, refcon);
@@ -203,8 +211,6 @@ void TOKASceneryCleanupHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
-#include "loader/inspect.h"
-
 bool TOKAIsLiveProbe(const void* handle) {
   return gProbes.count(static_cast<const TOKAProbeRecord*>(handle)) != 0;
 }
