@@ -21,7 +21,9 @@ struct Issued {
   int kind;
   int plugin;
   int ordinal;  // 1 for the plugin's first handle of the kind
+  long long order;  // of all handles given out
 };
+long long gIssuedTotal = 0;
 std::map<const void*, Issued> gIssued;
 std::map<std::pair<int, int>, int> gIssuedCount;  // (plugin, kind) -> handles given
 // Datarefs each plugin served and then stopped serving.
@@ -98,7 +100,12 @@ void TOKANoteIssuedHandle(int kind, const void* handle) {
   if (issued != gIssued.end() && issued->second.kind == kind && issued->second.plugin == plugin &&
       (kind == kHandleDataRef || kind == kHandleCommand))
     return;
-  gIssued[handle] = {kind, plugin, ++gIssuedCount[{plugin, kind}]};
+  gIssued[handle] = {kind, plugin, ++gIssuedCount[{plugin, kind}], ++gIssuedTotal};
+}
+
+long long TOKAIssueOrder(const void* handle) {
+  auto issued = gIssued.find(handle);
+  return issued == gIssued.end() ? 0 : issued->second.order;
 }
 
 void TOKANoteRetiredDataRef(const void* handle) {

@@ -8,6 +8,8 @@
 
 #ifdef TOKA_VALIDATOR
 
+#include <vector>
+
 // The kinds of things a plugin can own, in the order a report lists them.
 enum TOKAInspectKind {
   kInspectWindows,
@@ -52,6 +54,9 @@ const char* TOKARunningKindName(int kind);
 
 // Counts everything the plugin owns now.
 TOKAInspection TOKAInspectPlugin(int plugin);
+
+// The commands the plugin handles, in the order the library keeps them.
+std::vector<void*> TOKAPluginCommands(int plugin);
 
 // Each family counts its own records.
 void TOKAInspectDisplay(int plugin, TOKAInspection& out);
@@ -106,6 +111,10 @@ void TOKACheckHandle(int kind, const void* handle, const char* function, bool nu
 // later; a dataref the calling plugin stops serving.
 void TOKANoteIssuedHandle(int kind, const void* handle);
 void TOKANoteRetiredDataRef(const void* handle);
+// When a handle was first given out, counted over every kind: 0 for one
+// never given out. Handles sort by it the same way in every run, whatever
+// their addresses.
+long long TOKAIssueOrder(const void* handle);
 
 // Each family says whether a handle is one of its live records.
 bool TOKAIsLiveDataRef(const void* handle);

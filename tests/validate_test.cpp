@@ -66,7 +66,7 @@ TEST(ValidateOptions, BadOptionsStopWithOneLineAndTheHelpListsEveryOption) {
   ProgramRun list = Validate("--list-checks");
   EXPECT_EQ(0, list.status);
   ExpectInOrder(list.out, {"entry-points  ", "\nlifecycle     ", "\ncleanup       ", "\nhandles       ",
-                           "\ncost          "});
+                           "\ncost          ", "\ninput         "});
 }
 
 // Each broken plugin fails the one check that is about its fault, with the
@@ -106,23 +106,27 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
   EXPECT_TRUE(std::regex_match(found[4], slow)) << found[4];
   found[4] = failures[4];
   EXPECT_EQ(failures, found);
-  EXPECT_EQ(29u, Lines(run.out, "PASS").size());
+  EXPECT_EQ(35u, Lines(run.out, "PASS").size());
   // The crash and the exception are the lifecycle check's; the checks that
   // run the same frames meet them again and say so.
   std::string crash = "killed by signal SIGSEGV (Segmentation fault) (see lifecycle)";
   std::string thrown =
       "an exception escaped the plugin's life (see lifecycle): the third run of the flight loop";
-  EXPECT_EQ((std::vector<std::string>{"SKIP handles " + dir + "/draw_null.orv: " + crash,
-                                      "SKIP cost " + dir + "/draw_null.orv: " + crash,
-                                      "SKIP handles " + dir + "/throws_in_loop.orv: " + thrown,
-                                      "SKIP cost " + dir + "/throws_in_loop.orv: " + thrown}),
+  EXPECT_EQ((std::vector<std::string>{
+                "SKIP handles " + dir + "/draw_null.orv: " + crash,
+                "SKIP cost " + dir + "/draw_null.orv: " + crash,
+                "SKIP input " + dir + "/draw_null.orv: " + crash,
+                "SKIP handles " + dir + "/throws_in_loop.orv: " + thrown,
+                "SKIP cost " + dir + "/throws_in_loop.orv: " + thrown,
+                "SKIP input " + dir + "/throws_in_loop.orv: an exception escaped frame 3: the "
+                "third run of the flight loop (see lifecycle)"}),
             Lines(run.out, "SKIP"));
   ExpectInOrder(run.out, {"toka-validate: seed 1, level 3, 20 frames, 3 cycles\n",
                           "hot keys 1\n    warning: still running after its disable entry: "
                           "hot keys 1\n",
                           "PASS cleanup " + dir + "/loop_after_disable.orv: warning: still "
                           "running after its disable entry: scheduled flight loops 1\n",
-                          "toka-validate: 29 passed, 7 failed, 4 skipped (seed 1)\n"});
+                          "toka-validate: 35 passed, 7 failed, 6 skipped (seed 1)\n"});
 
   // What still runs after disable fails at the strictest level; below level
   // 3 neither it nor what is left at unload fails.
@@ -141,11 +145,16 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
 }
 
 TEST(ValidateExamples, EveryExamplePassesEveryCheckAtTheStrictestLevel) {
-  ProgramRun run = Validate("--level 5 '" TOKA_EXAMPLES_ROOT "Resources/plugins'");
+  ProgramRun run = Validate("--level 5 --seed 5 '" TOKA_EXAMPLES_ROOT "Resources/plugins'");
   EXPECT_EQ(0, run.status) << run.out << run.err;
   EXPECT_TRUE(Lines(run.out, "FAIL").empty()) << run.out;
   EXPECT_TRUE(Lines(run.out, "SKIP").empty()) << run.out;
-  EXPECT_EQ(8u * 5u, Lines(run.out, "PASS").size()) << run.out;
+  EXPECT_EQ(8u * 6u, Lines(run.out, "PASS").size()) << run.out;
+  // The input reaches what each plugin offers: the commands example's menu
+  // and command, the gauge's writable dataref.
+  ExpectInOrder(run.out, {"PASS input ", "/commands.orv: 240 frames: ", " commands begun, ",
+                          " commands ended, ", " commands run once, ", " menu picks, ",
+                          "PASS input ", "/gl-gauge.orv: 240 frames: ", " datarefs written, "});
 }
 
 // Everything but the cost check's measurements.
@@ -179,9 +188,9 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   EXPECT_EQ(report, again);
   EXPECT_EQ(42u, report["seed"]);
   EXPECT_EQ(7, report["failed"]);
-  EXPECT_EQ(29, report["passed"]);
-  EXPECT_EQ(4, report["skipped"]);
-  ASSERT_EQ(40u, report["checks"].size());
+  EXPECT_EQ(35, report["passed"]);
+  EXPECT_EQ(6, report["skipped"]);
+  ASSERT_EQ(48u, report["checks"].size());
   const nlohmann::json& crash = report["checks"][1];
   EXPECT_EQ(dir + "/draw_null.orv", crash["plugin"]);
   EXPECT_EQ("lifecycle", crash["check"]);

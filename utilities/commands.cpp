@@ -249,6 +249,20 @@ void TOKACommandCleanupHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
+std::vector<void*> TOKAPluginCommands(int plugin) {
+  std::vector<void*> commands;
+  for (const TOKACommandHookMap* hooks : {&gPreHooks, &gPostHooks})
+    for (const auto& entry : *hooks)
+      for (const TOKACommandCB_t& handler : entry.second)
+        if (handler.plugin == plugin &&
+            std::find(commands.begin(), commands.end(), entry.first) == commands.end())
+          commands.push_back(entry.first);
+  std::sort(commands.begin(), commands.end(), [](void* a, void* b) {
+    return TOKAIssueOrder(a) < TOKAIssueOrder(b);
+  });
+  return commands;
+}
+
 void TOKAInspectCommands(int plugin, TOKAInspection& out) {
   for (const TOKACommandHookMap* hooks : {&gPreHooks, &gPostHooks})
     for (const auto& entry : *hooks)

@@ -32,6 +32,10 @@ const std::vector<Check>& AllChecks() {
       {"cost", "time in its code per frame (median and slowest) and library calls per frame, "
                "against the level's thresholds",
        CheckCost},
+      {"input", "keys, clicks, drags, the wheel and the cursor, its menu items, its commands, "
+                "its datarefs of every type, messages 101 to 108, an aircraft and scenery "
+                "loaded and unloaded",
+       CheckExercisedInput},
   };
   return checks;
 }
@@ -189,6 +193,7 @@ struct Lifecycle {
     std::string what;
     if (Guarded(body, what)) return true;
     Fail(result, "an exception escaped " + name + ": " + what);
+    result.fault = "exception: " + what;
     return false;
   }
   bool Load(const std::string& when) {

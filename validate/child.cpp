@@ -30,6 +30,7 @@ std::string Serialize(const CheckResult& result) {
   text += "R " + OneLine(result.reason) + "\n";
   for (const std::string& detail : result.details) text += "D " + OneLine(detail) + "\n";
   if (!result.signature.empty()) text += "G " + OneLine(result.signature) + "\n";
+  if (!result.fault.empty()) text += "F " + OneLine(result.fault) + "\n";
   text += "E\n";
   return text;
 }
@@ -51,6 +52,7 @@ bool Deserialize(const std::string& text, CheckResult& result) {
       case 'R': result.reason = value; break;
       case 'D': result.details.push_back(value); break;
       case 'G': result.signature = value; break;
+      case 'F': result.fault = value; break;
       case 'E': ended = true; break;
     }
   }
@@ -138,6 +140,7 @@ CheckResult RunInChild(const Check& check, const CheckInput& input) {
   CheckResult got = result;
   if (WIFSIGNALED(status)) {
     result.status = Status::Fail;
+    result.fault = "signal " + std::to_string(WTERMSIG(status));
     result.reason = WTERMSIG(status) == SIGALRM
                         ? "did not finish within " + std::to_string(kCheckSeconds) + " s"
                         : "killed by signal " + SignalName(WTERMSIG(status));

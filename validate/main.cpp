@@ -79,17 +79,19 @@ int Run(const Options& given) {
   std::vector<CheckResult> results;
   std::vector<std::string> signatures;
   for (const std::string& plugin : plugins) {
-    std::string signature, lifecycleCrash;
+    std::string signature, lifecycleFault;
     for (const Check& check : AllChecks()) {
       if (!options.only.empty() && options.only != check.name) continue;
       CheckInput input{options, plugin, MixSeed(options.seed, plugin + "\n" + check.name),
                        signatures};
       CheckResult result = RunInChild(check, input);
-      // A crash in the plugin's frames is the lifecycle check's finding;
-      // the later checks that run the frames only meet it again.
-      bool crashed = result.status == Status::Fail && result.reason.rfind("killed by signal", 0) == 0;
-      if (crashed && std::string(check.name) == "lifecycle") lifecycleCrash = result.reason;
-      else if (crashed && result.reason == lifecycleCrash) {
+      // A crash or an exception in the plugin's frames is the lifecycle
+      // check's finding; the later checks that run the frames only meet it
+      // again.
+      if (std::string(check.name) == "lifecycle") {
+        lifecycleFault = result.fault;
+      } else if (result.status == Status::Fail && !result.fault.empty() &&
+                 result.fault == lifecycleFault) {
         result.status = Status::Skip;
         result.reason += " (see lifecycle)";
       }

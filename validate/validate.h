@@ -51,6 +51,9 @@ struct CheckResult {
   std::string reason;  // one line
   std::vector<std::string> details;  // lines that say more
   std::string signature;  // the plugin's, when the check learnt it
+  // What ended the plugin's run ("signal 11", "exception: TEXT"), so that a
+  // later check that meets the lifecycle check's fault again can say so.
+  std::string fault;
 };
 
 // Everything a check's child needs.
@@ -92,6 +95,7 @@ void CheckLifecycle(const CheckInput& input, CheckResult& result);
 void CheckCleanup(const CheckInput& input, CheckResult& result);
 void CheckHandles(const CheckInput& input, CheckResult& result);
 void CheckCost(const CheckInput& input, CheckResult& result);
+void CheckExercisedInput(const CheckInput& input, CheckResult& result);
 
 // A reproducible stream of numbers drawn from a seed.
 class Random {

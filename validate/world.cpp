@@ -4,6 +4,7 @@
 #include "validate/world.h"
 
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <sys/stat.h>
@@ -49,35 +50,55 @@ World::~World() {
   if (mRunning) Stop();
   toka_host::SetOutputCapture(nullptr);
   if (mRoot.empty()) return;
-  unlink(mLink.c_str());
-  std::string place = PlaceInRoot(mPlugin);
-  if (place.find('/') != std::string::npos)
-    rmdir((mRoot + "/Resources/plugins/" + place.substr(0, place.find('/'))).c_str());
-  rmdir((mRoot + "/Resources/plugins").c_str());
-  rmdir((mRoot + "/Resources").c_str());
+  for (size_t i = mMade.size(); i-- > 0;) {
+    std::string path = mRoot + "/" + mMade[i];
+    if (rmdir(path.c_str()) != 0) unlink(path.c_str());
+  }
   rmdir(mRoot.c_str());
 }
 
-bool World::Start(std::string& error) {
-  if (mRoot.empty()) {
-    const char* tmp = std::getenv("TMPDIR");
-    std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/toka-validate-XXXXXX";
-    if (!mkdtemp(&pattern[0])) {
-      error = "cannot make a folder in " + pattern.substr(0, pattern.rfind('/'));
-      return false;
+void World::AddFile(const std::string& relative) { mWanted.push_back({relative, true}); }
+void World::AddFolder(const std::string& relative) { mWanted.push_back({relative, false}); }
+
+// Makes each missing folder of the path, and the file at its end.
+void World::MakePath(const std::string& relative, bool file) {
+  for (size_t slash = relative.find('/'); slash != std::string::npos;
+       slash = relative.find('/', slash + 1))
+    if (mkdir((mRoot + "/" + relative.substr(0, slash)).c_str(), 0755) == 0)
+      mMade.push_back(relative.substr(0, slash));
+  std::string path = mRoot + "/" + relative;
+  if (file) {
+    if (FILE* made = std::fopen(path.c_str(), "wx")) {
+      std::fclose(made);
+      mMade.push_back(relative);
     }
-    mRoot = pattern;
-    std::string place = PlaceInRoot(mPlugin);
-    mkdir((mRoot + "/Resources").c_str(), 0755);
-    mkdir((mRoot + "/Resources/plugins").c_str(), 0755);
-    if (place.find('/') != std::string::npos)
-      mkdir((mRoot + "/Resources/plugins/" + place.substr(0, place.find('/'))).c_str(), 0755);
-    mLink = mRoot + "/Resources/plugins/" + place;
-    if (symlink(AbsolutePath(mPlugin).c_str(), mLink.c_str()) != 0) {
-      error = "cannot link " + mPlugin + " into " + mRoot;
-      return false;
-    }
+  } else if (mkdir(path.c_str(), 0755) == 0) {
+    mMade.push_back(relative);
   }
+}
+
+bool World::MakeRoot(std::string& error) {
+  const char* tmp = std::getenv("TMPDIR");
+  std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/toka-validate-XXXXXX";
+  if (!mkdtemp(&pattern[0])) {
+    error = "cannot make a folder in " + pattern.substr(0, pattern.rfind('/'));
+    return false;
+  }
+  mRoot = pattern;
+  std::string place = "Resources/plugins/" + PlaceInRoot(mPlugin);
+  MakePath(place.substr(0, place.rfind('/')), false);
+  mLink = mRoot + "/" + place;
+  if (symlink(AbsolutePath(mPlugin).c_str(), mLink.c_str()) != 0) {
+    error = "cannot link " + mPlugin + " into " + mRoot;
+    return false;
+  }
+  mMade.push_back(place);
+  for (const auto& wanted : mWanted) MakePath(wanted.first, wanted.second);
+  return true;
+}
+
+bool World::Start(std::string& error) {
+  if (mRoot.empty() && !MakeRoot(error)) return false;
   toka_host::HostOptions options;
   options.config.root = mRoot + "/";
   options.library = "";  // the program itself

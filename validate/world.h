@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "validate/validate.h"
 
@@ -31,6 +32,11 @@ public:
   // The name the plugin gave itself, remembered from its last start (or its
   // file's name).
   std::string PluginName() const;
+  // Before Start: an empty file or a folder below the simulator folder
+  // (parents made as needed), for the plugin to be shown, as an aircraft
+  // model or a scenery package.
+  void AddFile(const std::string& relative);
+  void AddFolder(const std::string& relative);
   // The plugin's path as the library knows it.
   const std::string& linkPath() const { return mLink; }
   // Everything the host printed, the library's log among it.
@@ -39,7 +45,12 @@ public:
   std::string LogAbout() const;
 
 private:
+  bool MakeRoot(std::string& error);
+  void MakePath(const std::string& relative, bool file);
+
   std::string mPlugin, mRoot, mLink, mLog;
+  std::vector<std::string> mMade;  // below the root, removed last first
+  std::vector<std::pair<std::string, bool>> mWanted;  // AddFile (true) and AddFolder
   mutable std::string mName;
   int mFrames;
   bool mRunning = false;
