@@ -1,6 +1,8 @@
 // toka-validate, run as a plugin author runs it: its options, its report in
 // text and JSON, the deliberately broken plugins each caught by the one
 // check meant for it, and the examples passing every check.
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -208,4 +210,89 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   EXPECT_EQ(lifecycle, onlyLines);
   EXPECT_EQ(8u, onlyLines.size());
   EXPECT_EQ(2, only.status);
+}
+
+namespace {
+
+std::string Own(const std::string& name) {
+  return std::string(TOKA_VALIDATE_PLUGIN_DIR) + "/" + name + ".orv";
+}
+
+}  // namespace
+
+// What the entry points check finds, and the checks after it standing back
+// when the plugin never starts.
+TEST(ValidateChecks, EntryPointFaultsAreNamedAndAPluginThatNeverStartsIsSkipped) {
+  ProgramRun texts = Validate("--only entry-points '" + Own("bad_entry_points") + "'");
+  EXPECT_EQ(1, texts.status);
+  ExpectInOrder(texts.out, {"\nFAIL entry-points " + Own("bad_entry_points") +
+                                ": its start entry left the name empty\n"
+                                "    its start entry wrote past the 256 bytes of the description "
+                                "buffer\ntoka-validate: 0 passed, 1 failed"});
+
+  ProgramRun variable = Validate("--only entry-points '" + Own("variable_entry") + "'");
+  EXPECT_EQ(std::vector<std::string>{"FAIL entry-points " + Own("variable_entry") +
+                                     ": OrvanePluginEnable is exported but is not a function"},
+            Lines(variable.out, "FAIL"));
+
+  ProgramRun throws = Validate("--only entry-points '" + Own("throws_from_entries") + "'");
+  EXPECT_EQ(std::vector<std::string>{"FAIL entry-points " + Own("throws_from_entries") +
+                                     ": an exception escaped OrvanePluginEnable: enabled twice"},
+            Lines(throws.out, "FAIL"));
+
+  ProgramRun missing = Validate("'" + Own("no_start") + "'");
+  EXPECT_EQ(1, missing.status);
+  EXPECT_EQ(std::vector<std::string>{"FAIL entry-points " + Own("no_start") +
+                                     ": OrvanePluginStart is missing"},
+            Lines(missing.out, "FAIL"));
+  std::string notLoaded = ": not loaded (see entry-points): Failed: " + Own("no_start") +
+                          ".  (This file is a loadable DLL but is missing the OrvanePluginStart "
+                          "callback.)";
+  std::vector<std::string> skipped;
+  for (const char* check : {"lifecycle", "cleanup", "handles", "cost", "input"})
+    skipped.push_back(std::string("SKIP ") + check + " " + Own("no_start") + notLoaded);
+  EXPECT_EQ(skipped, Lines(missing.out, "SKIP"));
+}
+
+// Every sort of wrong handle, each once however often it is passed, named
+// by whose it is; null where null is right is no mistake.
+TEST(ValidateChecks, EveryWrongHandleIsNamedWithThePluginAndTheFunction) {
+  ProgramRun run = Validate("--only handles '" + Own("bad_handles") + "'");
+  EXPECT_EQ(1, run.status);
+  std::string at = "\nFAIL handles " + Own("bad_handles") + ": Bad handles: ";
+  ExpectInOrder(run.out,
+                {at + "TOKAGetDatai was given a null dataref handle (once)\n",
+                 "    Bad handles: TOKAScheduleFlightLoop was given a stale handle: its 1st flight "
+                 "loop, destroyed (once)\n",
+                 "    Bad handles: TOKAGetWindowIsVisible was given a stale handle: its 1st window, "
+                 "destroyed (2 times)\n",
+                 "    Bad handles: TOKASetWindowIsVisible was given a foreign handle: its 1st hot "
+                 "key for a window (once)\n",
+                 "    Bad handles: TOKADestroyMenu was given a never-issued handle: menu 0x"});
+  EXPECT_TRUE(std::regex_search(run.out, std::regex("handle: menu 0x[0-9a-f]+ \\(once\\)\n"
+                                                    "toka-validate: 0 passed, 1 failed")))
+      << run.out;
+}
+
+// A folder stands for its *.orv files and */lin.orv, in name order; other
+// files are not plugins.
+TEST(ValidateChecks, AFolderStandsForItsPluginsInNameOrder) {
+  TempTree tree;
+  std::string folder = tree.AddFolder("plugins");
+  tree.AddFile("plugins/notes.txt");
+  tree.AddFolder("plugins/empty");
+  ASSERT_EQ(0, symlink(Own("bad_entry_points").c_str(), (folder + "/b.orv").c_str()));
+  tree.AddFolder("plugins/a");
+  ASSERT_EQ(0, symlink(Own("no_start").c_str(), (folder + "/a/lin.orv").c_str()));
+  ProgramRun run = Validate("--only entry-points '" + folder + "'");
+  EXPECT_EQ(2, run.status);
+  std::vector<std::string> found = Lines(run.out, "FAIL");
+  ASSERT_EQ(2u, found.size()) << run.out;
+  EXPECT_EQ("FAIL entry-points " + folder + "/a/lin.orv: OrvanePluginStart is missing", found[0]);
+  EXPECT_EQ("FAIL entry-points " + folder + "/b.orv: its start entry left the name empty",
+            found[1]);
+
+  ProgramRun none = Validate("'" + folder + "/empty'");
+  EXPECT_EQ(101, none.status);
+  EXPECT_EQ("toka-validate: no plugins in " + folder + "/empty\n", none.err);
 }

@@ -203,6 +203,12 @@ struct Lifecycle {
         }))
       return false;
     id = world.PluginID();
+    if (id < 0 && when == "start-up") {
+      // A plugin that never starts is the entry points check's finding.
+      result.status = Status::Skip;
+      result.reason = world.NotLoaded();
+      return false;
+    }
     if (id < 0) {
       std::string log = world.LogAbout();
       Fail(result, "not loaded at " + when + (log.empty() ? "" : ": " + log));

@@ -81,9 +81,14 @@ void CheckCleanup(const CheckInput& input, CheckResult& result) {
     return;
   }
   int id = world.PluginID();
-  if (id < 0 || !TOKAIsPluginEnabled(id)) {
+  if (id < 0) {
     result.status = Status::Skip;
-    result.reason = "not loaded and enabled: " + world.LogAbout();
+    result.reason = world.NotLoaded();
+    return;
+  }
+  if (!TOKAIsPluginEnabled(id)) {
+    result.status = Status::Skip;
+    result.reason = "not enabled (see lifecycle)";
     return;
   }
   gSeen.plugin = id;

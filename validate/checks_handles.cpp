@@ -68,7 +68,7 @@ bool RunThroughLife(World& world, int frames, CheckResult& result, const FrameWa
   }
   if (id < 0) {
     result.status = Status::Skip;
-    result.reason = "not loaded: " + world.LogAbout();
+    result.reason = world.NotLoaded();
     return false;
   }
   return true;

@@ -221,7 +221,7 @@ void CheckExercisedInput(const CheckInput& input, CheckResult& result) {
   int id = world.PluginID();
   if (id < 0) {
     result.status = Status::Skip;
-    result.reason = "not loaded: " + world.LogAbout();
+    result.reason = world.NotLoaded();
     return;
   }
   // More actions a frame at higher levels.

@@ -134,6 +134,8 @@ std::string World::PluginName() const {
   return mName.empty() ? BaseName(mPlugin) : mName;
 }
 
+// The library's own lines about the plugin, its path in them the one the
+// user gave rather than the run's folder.
 std::string World::LogAbout() const {
   const std::string& log = toka_host::HostLog();
   std::string found;
@@ -142,10 +144,18 @@ std::string World::LogAbout() const {
     start = start == std::string::npos ? 0 : start + 1;
     size_t end = log.find('\n', at);
     std::string line = log.substr(start, end == std::string::npos ? std::string::npos : end - start);
+    if (line.rfind("Failed: ", 0) != 0 && line.rfind("Warning: ", 0) != 0) continue;
+    for (size_t link = line.find(mLink); link != std::string::npos; link = line.find(mLink))
+      line.replace(link, mLink.size(), mPlugin);
     if (!found.empty()) found += " ";
     found += line;
   }
   return found;
+}
+
+std::string World::NotLoaded() const {
+  std::string log = LogAbout();
+  return "not loaded (see entry-points)" + (log.empty() ? "" : ": " + log);
 }
 
 bool Guarded(const std::function<void()>& body, std::string& what) {

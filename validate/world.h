@@ -43,6 +43,9 @@ public:
   const std::string& log() const { return mLog; }
   // The log lines that name the plugin ("Failed: ...", "Warning: ...").
   std::string LogAbout() const;
+  // Why a check that needs the plugin running cannot go on: it did not load,
+  // which the entry points check reports.
+  std::string NotLoaded() const;
 
 private:
   bool MakeRoot(std::string& error);
