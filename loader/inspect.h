@@ -20,7 +20,10 @@ enum TOKAInspectKind {
   kInspectMenus,
   kInspectMenuItems,
   // The item of the Plugins menu that holds a plugin's top-level menu is the
-  // library's to withdraw at unload: the plugin never learns its index.
+  // library's to withdraw at unload: the plugin never learns its index. The
+  // library keeps nothing that tells it from items the plugin appended there
+  // itself, so no item of the Plugins menu counts against the plugin at
+  // unload; after the clean-up, any that remains is the library's fault.
   kInspectPluginsMenuItems,
   kInspectCommandHandlers,
   kInspectHeldCommands,

@@ -296,3 +296,19 @@ TEST(ValidateChecks, AFolderStandsForItsPluginsInNameOrder) {
   EXPECT_EQ(101, none.status);
   EXPECT_EQ("toka-validate: no plugins in " + folder + "/empty\n", none.err);
 }
+
+// Each kind a plugin can own is counted where it is, at unload and after
+// disable; the library's clean-up leaves nothing of any of them.
+TEST(ValidateChecks, EveryKindLeftBehindIsCountedAndTheCleanUpLeavesNothing) {
+  std::string plugin = Own("leaves_everything");
+  ProgramRun run = Validate("--only cleanup --level 5 '" + plugin + "'");
+  EXPECT_EQ(1, run.status);
+  ExpectInOrder(run.out,
+                {"\nFAIL cleanup " + plugin +
+                 ": left to the library's clean-up at unload: windows 1, draw callbacks 1, key "
+                 "sniffers 1, hot keys 1, flight loops 1, menus 1, command "
+                 "handlers 1, held commands 1, datarefs 1, shared data 1, probes 1\n"
+                 "    still running after its disable entry: scheduled flight loops 1, visible "
+                 "windows 1, hot keys 1, key sniffers 1\n"
+                 "toka-validate: 0 passed, 1 failed"});
+}
