@@ -64,7 +64,7 @@ TEST(ValidateOptions, BadOptionsStopWithOneLineAndTheHelpListsEveryOption) {
   EXPECT_EQ(0, help.status);
   ExpectInOrder(help.out, {"usage: toka-validate [options] PLUGIN.orv|FOLDER", "--level 1..5",
                            "--repeat N", "--frames N", "--seed S", "--json FILE", "--only CHECK",
-                           "--list-checks", "  5      240     8       2 ms    16.7 ms  500\n"});
+                           "--list-checks", "  5      240     8       5        2 ms    16.7 ms  500\n"});
   ProgramRun list = Validate("--list-checks");
   EXPECT_EQ(0, list.status);
   ExpectInOrder(list.out, {"entry-points  ", "\nlifecycle     ", "\ncleanup       ", "\nhandles       ",

@@ -224,8 +224,7 @@ void CheckExercisedInput(const CheckInput& input, CheckResult& result) {
     result.reason = world.NotLoaded();
     return;
   }
-  // More actions a frame at higher levels.
-  int perFrame = input.options.level;
+  int perFrame = LevelSettings(input.options.level).actions;
   Exerciser exerciser{random, id, {}, {}, false};
   int frame = 0;
   bool ran = Guarded([&] {

@@ -1,6 +1,7 @@
 // toka-validate's command line and what each level means.
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 
 #include "validate/validate.h"
@@ -12,12 +13,26 @@ namespace {
 // A 60 Hz frame lasts 16.7 ms, and the simulator has most of it: a plugin
 // that takes a few milliseconds of every frame is felt.
 const Level kLevels[5] = {
-    {10, 1, 10.0, 50.0, 5000},
-    {30, 2, 8.0, 33.0, 3000},
-    {60, 3, 5.0, 25.0, 2000},
-    {120, 5, 4.0, 16.7, 1000},
-    {240, 8, 2.0, 16.7, 500},
+    {10, 1, 1, 10.0, 50.0, 5000},
+    {30, 2, 2, 8.0, 33.0, 3000},
+    {60, 3, 3, 5.0, 25.0, 2000},
+    {120, 5, 4, 4.0, 16.7, 1000},
+    {240, 8, 5, 2.0, 16.7, 500},
 };
+
+std::string LevelTable() {
+  std::string table = "  level  frames  cycles  actions  median  slowest  calls\n";
+  for (int level = 1; level <= 5; ++level) {
+    const Level& l = kLevels[level - 1];
+    char row[128], median[16], worst[16];
+    std::snprintf(median, sizeof median, "%g ms", l.medianMs);
+    std::snprintf(worst, sizeof worst, "%g ms", l.worstMs);
+    std::snprintf(row, sizeof row, "  %-6d %-7d %-7d %-8d %-7s %-8s %d\n", level, l.frames,
+                  l.repeat, l.actions, median, worst, l.callsPerFrame);
+    table += row;
+  }
+  return table;
+}
 
 bool ToNumber(const std::string& text, long long low, long long high, long long& value) {
   if (text.empty() || text[0] == '-' || text[0] == '+') return false;
@@ -62,19 +77,15 @@ std::string Usage() {
          "  --list-checks    list the checks and exit\n"
          "  --help           show this text\n"
          "\n"
-         "Levels: frames, cycles, and the thresholds of the cost check: the time spent\n"
-         "in the plugin's code per frame (median above: FAIL; the slowest frame above:\n"
-         "a warning) and the library calls it makes per frame (above: a warning).\n"
+         "Levels: frames, cycles, the input check's actions per frame, and the\n"
+         "thresholds of the cost check: the time spent in the plugin's code per frame\n"
+         "(median above: FAIL; the slowest frame above: a warning) and the library calls\n"
+         "it makes per frame (above: a warning).\n"
          "Things a plugin leaves to the library's clean-up at unload fail from level 3\n"
          "on; what still runs after its disable entry returns is a warning at levels 3\n"
          "and 4 and a failure at level 5.\n"
-         "\n"
-         "  level  frames  cycles  median  slowest  calls\n"
-         "  1      10      1       10 ms   50 ms    5000\n"
-         "  2      30      2       8 ms    33 ms    3000\n"
-         "  3      60      3       5 ms    25 ms    2000\n"
-         "  4      120     5       4 ms    16.7 ms  1000\n"
-         "  5      240     8       2 ms    16.7 ms  500\n"
+         "\n" +
+         LevelTable() +
          "\n"
          "Exit status: the number of failed checks (at most 100); 101 for bad options.\n";
 }

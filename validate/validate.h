@@ -29,6 +29,7 @@ struct Options {
 struct Level {
   int frames;
   int repeat;
+  int actions;      // the input check's actions per frame
   double medianMs;  // time in the plugin's code per frame: above, the check fails
   double worstMs;   // the slowest frame: above, a warning
   int callsPerFrame;  // library calls per frame: above, a warning
