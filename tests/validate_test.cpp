@@ -210,6 +210,15 @@ TEST(ValidateReport, TheSameSeedGivesTheSameReportAndJsonSaysTheSame) {
   EXPECT_EQ(lifecycle, onlyLines);
   EXPECT_EQ(8u, onlyLines.size());
   EXPECT_EQ(2, only.status);
+
+  // Another seed, other input.
+  std::string hello = "'" TOKA_EXAMPLES_ROOT "Resources/plugins/hello.orv'";
+  ProgramRun one = Validate("--only input --seed 1 " + hello);
+  ProgramRun two = Validate("--only input --seed 2 " + hello);
+  ASSERT_EQ(1u, Lines(one.out, "PASS input").size());
+  EXPECT_NE(Lines(one.out, "PASS input"), Lines(two.out, "PASS input"));
+  EXPECT_EQ(Lines(one.out, "PASS input"), Lines(Validate("--only input --seed 1 " + hello).out,
+                                                "PASS input"));
 }
 
 namespace {
@@ -295,6 +304,22 @@ TEST(ValidateChecks, AFolderStandsForItsPluginsInNameOrder) {
   ProgramRun none = Validate("'" + folder + "/empty'");
   EXPECT_EQ(101, none.status);
   EXPECT_EQ("toka-validate: no plugins in " + folder + "/empty\n", none.err);
+}
+
+// The exit status counts the failed checks up to a hundred; a report that
+// cannot be written as JSON is said so, and the run's status stands.
+TEST(ValidateChecks, TheExitStatusStopsAtAHundredFailures) {
+  TempTree tree;
+  std::string folder = tree.AddFolder("many");
+  for (int i = 0; i < 101; ++i) {
+    std::string link = folder + "/p" + std::to_string(1000 + i) + ".orv";
+    ASSERT_EQ(0, symlink(Own("no_start").c_str(), link.c_str()));
+  }
+  ProgramRun run = Validate("--only entry-points --json /nowhere/report.json '" + folder + "'");
+  EXPECT_EQ(100, run.status);
+  EXPECT_EQ(101u, Lines(run.out, "FAIL").size());
+  ExpectInOrder(run.out, {"toka-validate: 0 passed, 101 failed, 0 skipped"});
+  EXPECT_EQ("toka-validate: cannot write /nowhere/report.json\n", run.err);
 }
 
 // Each kind a plugin can own is counted where it is, at unload and after
