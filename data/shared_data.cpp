@@ -206,6 +206,7 @@ static TOKASharedDataRecord* CreateSharedData(const char* name, int type) {
 TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                            void* refcon) {
   TOKA_NOTE_CALL();
+  TOKA_CHECK_SHARED_DATA_NAME(name);
   TOKASharedDataRecord* record = FindSharedData(name);
   if (record && record->type != type) return 0;
   if (!record) {
@@ -220,6 +221,7 @@ TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChange
 TOKA_API int TOKAUnshareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                              void* refcon) {
   TOKA_NOTE_CALL();
+  TOKA_CHECK_SHARED_DATA_NAME(name);
   if (!callback) return 0;
   TOKASharedDataRecord* record = FindSharedData(name);
   if (!record || record->type != type) return 0;

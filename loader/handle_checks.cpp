@@ -112,6 +112,11 @@ void TOKANoteRetiredDataRef(const void* handle) {
   gRetiredDataRefs.insert({TOKAGetDispatchedPlugin(), handle});
 }
 
+void TOKACheckSharedDataName(const char* name, const char* function) {
+  int plugin = TOKAGetDispatchedPlugin();
+  if (plugin > 0 && !name) Report(plugin, function, "a null shared data name");
+}
+
 void TOKACheckHandle(int kind, const void* handle, const char* function, bool nullAllowed) {
   int plugin = TOKAGetDispatchedPlugin();
   if (plugin <= 0) return;  // the simulator's own calls

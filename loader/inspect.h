@@ -110,6 +110,8 @@ enum TOKAHandleKind {
 typedef void (*TOKAHandleObserver_f)(int plugin, const char* function, const char* problem);
 void TOKASetHandleObserver(TOKAHandleObserver_f observer);
 void TOKACheckHandle(int kind, const void* handle, const char* function, bool nullAllowed);
+// Shared data is named rather than handed out: the name must be there.
+void TOKACheckSharedDataName(const char* name, const char* function);
 // A handle given out to the calling plugin, so that it can be told stale
 // later; a dataref the calling plugin stops serving.
 void TOKANoteIssuedHandle(int kind, const void* handle);
@@ -145,6 +147,7 @@ TOKACost TOKAPluginCost(int plugin);
 #define TOKA_NOTE_DISPATCH_SWITCH(from) TOKANoteDispatchSwitch(from)
 #define TOKA_CHECK_HANDLE(kind, handle) TOKACheckHandle(kind, handle, __func__, false)
 #define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) TOKACheckHandle(kind, handle, __func__, true)
+#define TOKA_CHECK_SHARED_DATA_NAME(name) TOKACheckSharedDataName(name, __func__)
 #define TOKA_NOTE_ISSUED(kind, handle) TOKANoteIssuedHandle(kind, handle)
 #define TOKA_NOTE_RETIRED_DATAREF(handle) TOKANoteRetiredDataRef(handle)
 #define TOKA_INSPECT_MOMENT(moment, plugin) TOKANoteInspectMoment(moment, plugin)
@@ -158,6 +161,7 @@ TOKACost TOKAPluginCost(int plugin);
 #define TOKA_NOTE_DISPATCH_SWITCH(from) ((void)0)
 #define TOKA_CHECK_HANDLE(kind, handle) ((void)0)
 #define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) ((void)0)
+#define TOKA_CHECK_SHARED_DATA_NAME(name) ((void)0)
 #define TOKA_NOTE_ISSUED(kind, handle) ((void)0)
 #define TOKA_NOTE_RETIRED_DATAREF(handle) ((void)0)
 #define TOKA_INSPECT_MOMENT(moment, plugin) ((void)0)

@@ -138,10 +138,8 @@ void CheckEntryPoints(const CheckInput& input, CheckResult& result) {
   TOKASetStartObserver(NoteStart);
   TOKASetInspectObserver(NoteMoment);
   World world(input.plugin, input.options.frames);
-  std::string error, what;
-  bool started = Guarded([&] {
-    if (!world.Start(error)) throw std::runtime_error(error);
-  }, what);
+  std::string what;
+  bool started = Guarded([&] { world.Start(); }, what);
   if (!started && !gStart.seen) {
     Fail(result, "an exception escaped OrvanePluginStart: " + what);
     return;
@@ -197,11 +195,7 @@ struct Lifecycle {
     return false;
   }
   bool Load(const std::string& when) {
-    std::string error;
-    if (!Run(when, [&] {
-          if (!world.Start(error)) throw std::runtime_error(error);
-        }))
-      return false;
+    if (!Run(when, [&] { world.Start(); })) return false;
     id = world.PluginID();
     if (id < 0 && when == "start-up") {
       // A plugin that never starts is the entry points check's finding.

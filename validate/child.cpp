@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "validate/validate.h"
+#include "validate/world.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // A plugin that crashes is the validator's finding: its check's process
@@ -103,7 +104,13 @@ std::string ReadAll(int fd) {
   CheckResult result;
   result.plugin = input.plugin;
   result.check = check.name;
-  check.run(input, result);
+  try {
+    check.run(input, result);
+  } catch (const WorldError& error) {
+    result.status = Status::Fail;
+    result.reason = std::string("cannot run the plugin: ") + error.what();
+    result.details.clear();
+  }
   WriteAll(out, Serialize(result));
   std::fflush(stderr);
   _exit(0);

@@ -97,17 +97,17 @@ bool World::MakeRoot(std::string& error) {
   return true;
 }
 
-bool World::Start(std::string& error) {
-  if (mRoot.empty() && !MakeRoot(error)) return false;
+void World::Start() {
+  std::string error;
+  if (mRoot.empty() && !MakeRoot(error)) throw WorldError(error);
   toka_host::HostOptions options;
   options.config.root = mRoot + "/";
   options.library = "";  // the program itself
   options.frames = mFrames;
   options.render = false;
   toka_host::SetOutputCapture(&mLog);
-  if (!toka_host::StartHost(options, error)) return false;
+  if (!toka_host::StartHost(options, error)) throw WorldError(error);
   mRunning = true;
-  return true;
 }
 
 void World::RunFrames(int count) {
@@ -162,6 +162,8 @@ bool Guarded(const std::function<void()>& body, std::string& what) {
   try {
     body();
     return true;
+  } catch (const WorldError&) {
+    throw;
   } catch (const std::exception& exception) {
     what = exception.what();
   } catch (...) {

@@ -4,12 +4,18 @@
 #define TOKA_VALIDATE_WORLD_H
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "validate/validate.h"
 
 namespace toka_validate {
+
+// The validator's own failure, not the plugin's: the check cannot run.
+struct WorldError : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
 
 // A simulator folder of its own for the plugin (Resources/plugins holds a
 // link to it), removed when the session ends.
@@ -20,9 +26,10 @@ public:
   World(const World&) = delete;
   World& operator=(const World&) = delete;
 
-  // Starts the host, which starts and enables the plugins. False with a
-  // reason when the world cannot be made.
-  bool Start(std::string& error);
+  // Starts the host, which starts and enables the plugins. Throws a
+  // WorldError when the world cannot be made; what the plugin throws goes
+  // through.
+  void Start();
   void RunFrames(int count);
   void Stop();
   bool running() const { return mRunning; }
@@ -66,7 +73,8 @@ private:
 typedef std::function<void(int plugin, bool before)> FrameWatch;
 bool RunThroughLife(World& world, int frames, CheckResult& result, const FrameWatch& watch);
 
-// Runs body; false with the exception's text when one escapes it.
+// Runs body; false with the exception's text when one escapes it. A
+// WorldError goes on to the check's process, which reports it.
 bool Guarded(const std::function<void()>& body, std::string& what);
 
 
