@@ -8,6 +8,7 @@
 #include <new>
 
 #include "loader/enabling.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 
@@ -156,9 +157,11 @@ const char* DebugDataRefName(void* handle) {
 }
 
 TOKA_API TOKADataRef TOKAFindDataRef(const char* name) {
+  TOKA_NOTE_CALL();
   if (!name) return nullptr;
   auto found = gDataRefs.find(std::string_view(name));
   if (found == gDataRefs.end() || found->second->owner == -1) return nullptr;
+  TOKA_NOTE_ISSUED(kHandleDataRef, found->second);
   return found->second;
 }
 
@@ -169,6 +172,7 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
     TOKASetDatavi_f writeIntArray, TOKAGetDatavf_f readFloatArray,
     TOKASetDatavf_f writeFloatArray, TOKAGetDatab_f readData, TOKASetDatab_f writeData,
     void* readRefcon, void* writeRefcon) {
+  TOKA_NOTE_CALL();
   TOKAData_t* record;
   auto found = gDataRefs.find(std::string_view(name));
   if (found != gDataRefs.end()) {
@@ -202,10 +206,13 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
   record->writeData = writeData;
   record->readRefcon = readRefcon;
   record->writeRefcon = writeRefcon;
+  TOKA_NOTE_ISSUED(kHandleDataRef, record);
   return record;
 }
 
 TOKA_API void TOKAUnregisterDataAccessor(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   TOKAData_t* record = DataIsValid(ref);
   if (!record) {
     TOKASendError("Dataref is illegal and cannot be unregistered.");
@@ -218,18 +225,24 @@ TOKA_API void TOKAUnregisterDataAccessor(TOKADataRef ref) {
   }
   // Only the owner goes; everything else stays for a later registration.
   record->owner = -1;
+  TOKA_NOTE_RETIRED_DATAREF(record);
 }
 
 TOKA_API int TOKAIsDataRefGood(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
   TOKAData_t* record = DataIsValid(ref);
   return record && record->owner != -1 ? 1 : 0;
 }
 
 TOKA_API int TOKACanWriteDataRef(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ref ? static_cast<TOKAData_t*>(ref)->writable : 0;
 }
 
 TOKA_API TOKADataTypeID TOKAGetDataRefTypes(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ref ? static_cast<TOKAData_t*>(ref)->types : 0;
 }
 
@@ -258,50 +271,74 @@ inline void WriteThrough(TOKADataRef ref, Callback TOKAData_t::*callback, Args..
 }  // namespace
 
 TOKA_API int TOKAGetDatai(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readInt);
 }
 
 TOKA_API void TOKASetDatai(TOKADataRef ref, int value) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeInt, value);
 }
 
 TOKA_API float TOKAGetDataf(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<float>(ref, &TOKAData_t::readFloat);
 }
 
 TOKA_API void TOKASetDataf(TOKADataRef ref, float value) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeFloat, value);
 }
 
 TOKA_API double TOKAGetDatad(TOKADataRef ref) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<double>(ref, &TOKAData_t::readDouble);
 }
 
 TOKA_API void TOKASetDatad(TOKADataRef ref, double value) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeDouble, value);
 }
 
 TOKA_API int TOKAGetDatavi(TOKADataRef ref, int* values, int offset, int max) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readIntArray, values, offset, max);
 }
 
 TOKA_API void TOKASetDatavi(TOKADataRef ref, int* values, int offset, int count) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeIntArray, values, offset, count);
 }
 
 TOKA_API int TOKAGetDatavf(TOKADataRef ref, float* values, int offset, int max) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readFloatArray, values, offset, max);
 }
 
 TOKA_API void TOKASetDatavf(TOKADataRef ref, float* values, int offset, int count) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeFloatArray, values, offset, count);
 }
 
 TOKA_API int TOKAGetDatab(TOKADataRef ref, void* values, int offset, int max) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   return ReadThrough<int>(ref, &TOKAData_t::readData, values, offset, max);
 }
 
 TOKA_API void TOKASetDatab(TOKADataRef ref, void* values, int offset, int count) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleDataRef, ref);
   WriteThrough(ref, &TOKAData_t::writeData, values, offset, count);
 }
 
@@ -312,3 +349,14 @@ void TOKADataRefsCleanupHook(int plugin) {
     if (entry.second->owner == plugin) entry.second->owner = -1;
   TOKASharedDataCleanupHook(plugin);
 }
+
+#ifdef TOKA_VALIDATOR
+bool TOKAIsLiveDataRef(const void* handle) {
+  return DataIsValid(const_cast<void*>(handle)) != nullptr;
+}
+
+void TOKAInspectDataRefs(int plugin, TOKAInspection& out) {
+  for (const auto& entry : gDataRefs)
+    if (entry.second->owner == plugin) ++out.owned[kInspectDataRefs];
+}
+#endif

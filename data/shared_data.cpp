@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "data/datarefs.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 
 struct TOKASharedDataSubscriber {
@@ -204,6 +205,8 @@ static TOKASharedDataRecord* CreateSharedData(const char* name, int type) {
 
 TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                            void* refcon) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_SHARED_DATA_NAME(name);
   TOKASharedDataRecord* record = FindSharedData(name);
   if (record && record->type != type) return 0;
   if (!record) {
@@ -217,6 +220,8 @@ TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChange
 
 TOKA_API int TOKAUnshareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                              void* refcon) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_SHARED_DATA_NAME(name);
   if (!callback) return 0;
   TOKASharedDataRecord* record = FindSharedData(name);
   if (!record || record->type != type) return 0;
@@ -241,3 +246,11 @@ void TOKASharedDataCleanupHook(int plugin) {
     }
   }
 }
+
+#ifdef TOKA_VALIDATOR
+void TOKAInspectSharedData(int plugin, TOKAInspection& out) {
+  for (const auto& record : gSharedData)
+    for (const TOKASharedDataSubscriber& subscriber : record->subscribers)
+      if (subscriber.plugin == plugin) ++out.owned[kInspectSharedData];
+}
+#endif

@@ -3,6 +3,7 @@
 
 #include "display/display.h"
 #include "loader/enabling.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 
@@ -29,6 +30,7 @@ static TOKADrawCallbackRecord* FindDrawCallback(TOKADrawCallback_f callback, int
 
 TOKA_API int TOKARegisterDrawCallback(TOKADrawCallback_f callback, int phase, int isBefore,
                                       void* refcon) {
+  TOKA_NOTE_CALL();
   TOKADrawCallbackRecord* existing = FindDrawCallback(callback, phase, isBefore, refcon);
   gDrawCallbacks.EndIterate();
   if (existing) return 0;
@@ -46,6 +48,7 @@ TOKA_API int TOKARegisterDrawCallback(TOKADrawCallback_f callback, int phase, in
 // that closes the search, before the drawing walk moves on.
 TOKA_API int TOKAUnregisterDrawCallback(TOKADrawCallback_f callback, int phase, int isBefore,
                                         void* refcon) {
+  TOKA_NOTE_CALL();
   TOKADrawCallbackRecord* record = FindDrawCallback(callback, phase, isBefore, refcon);
   if (record) gDrawCallbacks.Remove(record);
   gDrawCallbacks.EndIterate();

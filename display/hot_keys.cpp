@@ -7,6 +7,7 @@
 // list hot keys see removals take effect exactly when those unpaired calls
 // let the list reclaim them, so the pairing stays as it is.
 #include "display/display.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 
 TOKAResourceList<TOKAHotKeyInfoRecord> gHotKeys;
@@ -16,6 +17,7 @@ static const int kDescriptionSize = 512;
 
 TOKA_API TOKAHotKeyID TOKARegisterHotKey(char virtualKey, int flags, const char* description,
                                          TOKAHotKey_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   TOKAHotKeyInfoRecord* record = new TOKAHotKeyInfoRecord;
   record->plugin = TOKAGetDispatchedPlugin();
   record->virtual_key = virtualKey;
@@ -25,6 +27,7 @@ TOKA_API TOKAHotKeyID TOKARegisterHotKey(char virtualKey, int flags, const char*
   record->refcon = refcon;
   gHotKeys.Add(record);
   gHotKeys.EndIterate();
+  TOKA_NOTE_ISSUED(kHandleHotKey, record);
   return record;
 }
 
@@ -36,11 +39,14 @@ TOKAHotKeyInfoRecord* TOKAValidateHotKey(TOKAHotKeyID hotKey, TOKAHotKeyInfoReco
 }
 
 TOKA_API void TOKAUnregisterHotKey(TOKAHotKeyID hotKey) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   if (TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr)) gHotKeys.Remove(record);
   gHotKeys.EndIterate();
 }
 
 TOKA_API int TOKACountHotKeys(void) {
+  TOKA_NOTE_CALL();
   int count = 0;
   for (TOKAHotKeyInfoRecord* record = gHotKeys.BeginIterate(); record; record = record->get_next())
     ++count;
@@ -48,6 +54,7 @@ TOKA_API int TOKACountHotKeys(void) {
 }
 
 TOKA_API TOKAHotKeyID TOKAGetNthHotKey(int index) {
+  TOKA_NOTE_CALL();
   TOKAHotKeyInfoRecord* record = gHotKeys.BeginIterate();
   for (int at = 0; record && at < index; ++at) record = record->get_next();
   return index < 0 ? nullptr : record;
@@ -55,6 +62,8 @@ TOKA_API TOKAHotKeyID TOKAGetNthHotKey(int index) {
 
 TOKA_API void TOKAGetHotKeyInfo(TOKAHotKeyID hotKey, char* outVirtualKey, int* outFlags,
                                 char* outDescription, TOKAPluginID* outPlugin) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr);
   if (!record) return;
   if (outVirtualKey) *outVirtualKey = record->virtual_key;
@@ -64,6 +73,8 @@ TOKA_API void TOKAGetHotKeyInfo(TOKAHotKeyID hotKey, char* outVirtualKey, int* o
 }
 
 TOKA_API void TOKASetHotKeyCombination(TOKAHotKeyID hotKey, char virtualKey, int flags) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleHotKey, hotKey);
   TOKAHotKeyInfoRecord* record = TOKAValidateHotKey(hotKey, nullptr);
   if (!record) return;
   record->virtual_key = virtualKey;

@@ -4,6 +4,7 @@
 // 0 = a plugin consumed it.
 #include "display/display.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAPlugins.h"
@@ -27,6 +28,7 @@ static TOKAKeyCallbackRecord* FindSniffer(TOKAKeySniffer_f callback, int beforeW
 }
 
 TOKA_API int TOKARegisterKeySniffer(TOKAKeySniffer_f callback, int beforeWindows, void* refcon) {
+  TOKA_NOTE_CALL();
   TOKAKeyCallbackRecord* existing = FindSniffer(callback, beforeWindows, refcon);
   gKeySniffers.EndIterate();
   if (existing) return 0;
@@ -42,6 +44,7 @@ TOKA_API int TOKARegisterKeySniffer(TOKAKeySniffer_f callback, int beforeWindows
 // The key dispatcher's walks are never ended, so this removal is deferred,
 // and the EndIterate that closes the search reclaims it before returning.
 TOKA_API int TOKAUnregisterKeySniffer(TOKAKeySniffer_f callback, int beforeWindows, void* refcon) {
+  TOKA_NOTE_CALL();
   TOKAKeyCallbackRecord* record = FindSniffer(callback, beforeWindows, refcon);
   if (record) gKeySniffers.Remove(record);
   gKeySniffers.EndIterate();
@@ -51,6 +54,8 @@ TOKA_API int TOKAUnregisterKeySniffer(TOKAKeySniffer_f callback, int beforeWindo
 void TOKARemovePluginKeySniffers(int plugin) { TOKARemovePluginRecords(gKeySniffers, plugin); }
 
 TOKA_API void TOKATakeKeyboardFocus(TOKAWindowID window) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE_OR_NULL(kHandleWindow, window);
   TOKAWindowCallbackRecord* taker = TOKAWindowIsValid(window, nullptr);
   if (taker == gFocusWindow) return;
   if (taker && !TOKAIsPluginEnabled(taker->plugin)) return;

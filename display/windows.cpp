@@ -2,6 +2,7 @@
 // calls, and the display steps of disabling and unloading a plugin.
 #include "display/display.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 
@@ -47,12 +48,14 @@ static TOKAWindowCallbackRecord* NewWindow(int left, int top, int right, int bot
   record->visible = visible;
   record->plugin = TOKAGetDispatchedPlugin();
   record->refcon = refcon;
+  TOKA_NOTE_ISSUED(kHandleWindow, record);
   return record;
 }
 
 TOKA_API TOKAWindowID TOKACreateWindow(int left, int top, int right, int bottom, int visible,
                                        TOKADrawWindow_f draw, TOKAHandleKey_f key,
                                        TOKAHandleMouseClick_f mouse, void* refcon) {
+  TOKA_NOTE_CALL();
   TOKAWindowCallbackRecord* record = NewWindow(left, top, right, bottom, visible, refcon);
   record->draw_func = draw;
   record->key_func = key;
@@ -62,6 +65,7 @@ TOKA_API TOKAWindowID TOKACreateWindow(int left, int top, int right, int bottom,
 }
 
 TOKA_API TOKAWindowID TOKACreateWindowEx(TOKACreateWindow_t* params) {
+  TOKA_NOTE_CALL();
   if (!params || params->structSize != kCreateWindowSize) return nullptr;
   TOKAWindowCallbackRecord* record = NewWindow(params->left, params->top, params->right,
                                                params->bottom, params->visible, params->refcon);
@@ -75,6 +79,8 @@ TOKA_API TOKAWindowID TOKACreateWindowEx(TOKACreateWindow_t* params) {
 }
 
 TOKA_API void TOKADestroyWindow(TOKAWindowID window) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   // The window is told that it loses the focus, and may destroy itself
@@ -87,16 +93,20 @@ TOKA_API void TOKADestroyWindow(TOKAWindowID window) {
 }
 
 TOKA_API void TOKAGetScreenSize(int* outWidth, int* outHeight) {
+  TOKA_NOTE_CALL();
   gHostServices->GetScreenSize(outWidth, outHeight);
 }
 
 TOKA_API void TOKAGetMouseLocation(int* outX, int* outY) {
+  TOKA_NOTE_CALL();
   // 1 tells the simulator that a plugin is asking, not the library itself.
   gHostServices->GetMouseLocation(outX, outY, 1);
 }
 
 TOKA_API void TOKAGetWindowGeometry(TOKAWindowID window, int* outLeft, int* outTop, int* outRight,
                                     int* outBottom) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   if (outLeft) *outLeft = record->left;
@@ -106,6 +116,8 @@ TOKA_API void TOKAGetWindowGeometry(TOKAWindowID window, int* outLeft, int* outT
 }
 
 TOKA_API void TOKASetWindowGeometry(TOKAWindowID window, int left, int top, int right, int bottom) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   record->left = left;
@@ -115,11 +127,15 @@ TOKA_API void TOKASetWindowGeometry(TOKAWindowID window, int left, int top, int 
 }
 
 TOKA_API int TOKAGetWindowIsVisible(TOKAWindowID window) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   return record ? record->visible : 0;
 }
 
 TOKA_API void TOKASetWindowIsVisible(TOKAWindowID window, int visible) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return;
   // The focus callback may destroy the window; the value then lands in a
@@ -130,21 +146,29 @@ TOKA_API void TOKASetWindowIsVisible(TOKAWindowID window, int visible) {
 }
 
 TOKA_API void* TOKAGetWindowRefCon(TOKAWindowID window) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   return record ? record->refcon : nullptr;
 }
 
 TOKA_API void TOKASetWindowRefCon(TOKAWindowID window, void* refcon) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   if (TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr))
     record->refcon = refcon;
 }
 
 TOKA_API void TOKABringWindowToFront(TOKAWindowID window) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   if (TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr))
     gWindows.MoveToFront(record);
 }
 
 TOKA_API int TOKAIsWindowInFront(TOKAWindowID window) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleWindow, window);
   TOKAWindowCallbackRecord* record = TOKAWindowIsValid(window, nullptr);
   if (!record) return 0;
   for (TOKAWindowCallbackRecord* front = gWindows.head; front; front = front->get_next())

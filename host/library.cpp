@@ -26,7 +26,9 @@ bool Resolve(void* handle, const char* name, F& out, std::string& error) {
 bool LoadHostLibrary(const std::string& path, std::string& error) {
   // Global symbols: plugins link against the library's functions and find
   // them in the process, not through a path of their own.
-  void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL);
+  // An empty path is the program itself, for a program that links the
+  // library's code in (toka-validate).
+  void* handle = dlopen(path.empty() ? nullptr : path.c_str(), RTLD_NOW | RTLD_GLOBAL);
   if (!handle) {
     const char* reason = dlerror();
     error = "cannot load " + path + ": " + (reason ? reason : "unknown error");

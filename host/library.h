@@ -73,7 +73,7 @@ struct HostLibrary {
 extern HostLibrary gLibrary;
 
 // dlopen(RTLD_NOW | RTLD_GLOBAL) so that plugins resolve the library's
-// functions, then resolves every hook. False with a reason when the file
+// functions, then resolves every hook. An empty path: the program itself. False with a reason when the file
 // cannot be loaded or a hook is missing.
 bool LoadHostLibrary(const std::string& path, std::string& error);
 

@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAPlugins.h"
@@ -17,6 +18,7 @@ static void DeliverHeld(PluginRecord& record, int id) {
 }
 
 TOKA_API int TOKAEnablePlugin(TOKAPluginID plugin) {
+  TOKA_NOTE_CALL();
   if (plugin <= 0 || plugin >= (int)gAllPlugins.size()) return 0;
   PluginRecord& record = gAllPlugins[plugin];
   if (!record.enabled) {
@@ -34,6 +36,7 @@ TOKA_API int TOKAEnablePlugin(TOKAPluginID plugin) {
 }
 
 TOKA_API void TOKADisablePlugin(TOKAPluginID plugin) {
+  TOKA_NOTE_CALL();
   if (plugin <= 0 || plugin >= (int)gAllPlugins.size()) return;
   if (!gAllPlugins[plugin].enabled) return;
   // The subsystems withdraw focus, drag, camera and planes while the plugin
@@ -76,10 +79,12 @@ int TOKAFeatureToID(const char* name) {
 }
 
 TOKA_API int TOKAHasFeature(const char* feature) {
+  TOKA_NOTE_CALL();
   return TOKAFeatureToID(feature) != -1 ? 1 : 0;
 }
 
 TOKA_API int TOKAIsFeatureEnabled(const char* feature) {
+  TOKA_NOTE_CALL();
   int id = TOKAFeatureToID(feature);
   if (id == -1) {
     // The text names the enable call: plugins match on it as it stands.
@@ -92,6 +97,7 @@ TOKA_API int TOKAIsFeatureEnabled(const char* feature) {
 }
 
 TOKA_API void TOKAEnableFeature(const char* feature, int enable) {
+  TOKA_NOTE_CALL();
   int id = TOKAFeatureToID(feature);
   if (id == -1) {
     TOKASendError("Illegal feature name passed to TOKAEnableFeature");
@@ -102,6 +108,7 @@ TOKA_API void TOKAEnableFeature(const char* feature, int enable) {
 }
 
 TOKA_API void TOKAEnumerateFeatures(TOKAFeatureEnumerator_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   for (const char* name : kFeatureNames) callback(name, refcon);
 }
 
@@ -115,6 +122,7 @@ int TOKANeedPathConvert() {
 }
 
 TOKA_API void TOKASetErrorCallback(TOKAError_f callback) {
+  TOKA_NOTE_CALL();
   int plugin = TOKAGetDispatchedPlugin();
   if (TOKAIsValidPluginID(plugin)) gAllPlugins[plugin].errorCallback = callback;
 }
@@ -131,6 +139,7 @@ int TOKAHasError() {
 }
 
 TOKA_API void TOKALogPluginWarning(const char* text) {
+  TOKA_NOTE_CALL();
   int plugin = TOKAGetDispatchedPlugin();
   if (TOKAIsValidPluginID(plugin)) {
     TOKADebugString("[");

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "loader/enabling.h"
+#include "loader/inspect.h"
 #include "loader/loading.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
@@ -25,6 +26,7 @@ static void WriteBuildStamp() {
 
 TOKA_API int TOKAInitializePlugins(const char* rootFolder, TOKAHostServices* services,
                                    intptr_t self) {
+  TOKA_NOTE_CALL();
   gHostSelf = self;
   gHostServices = services;
   std::strcpy(gDirSeparator, "/");
@@ -36,6 +38,7 @@ TOKA_API int TOKAInitializePlugins(const char* rootFolder, TOKAHostServices* ser
 }
 
 TOKA_API void TOKAShutdownPlugins(void) {
+  TOKA_NOTE_CALL();
   TOKADisableAllPlugins();
   TOKAUnloadPlugins();
 }
@@ -57,6 +60,7 @@ static void LoadUserAircraftPlugins() {
 }
 
 TOKA_API int TOKAEventHook(int event, float elapsed, int unused, intptr_t param) {
+  TOKA_NOTE_CALL();
   switch ((unsigned)event) {
     case 0:
       TOKADoRepeatedButtons();
@@ -107,51 +111,63 @@ TOKA_API int TOKAEventHook(int event, float elapsed, int unused, intptr_t param)
 }
 
 TOKA_API int TOKADoDrawingHook(int phaseCode, int reflection) {
+  TOKA_NOTE_CALL();
   return TOKADisplayDoDrawingHook(phaseCode, reflection);
 }
 
 TOKA_API int TOKAKeyPressHook(char key, int flags, char virtualKey) {
+  TOKA_NOTE_CALL();
   return TOKADisplayKeyPressHook(key, flags, virtualKey);
 }
 
 TOKA_API int TOKAMouseClickHook(int x, int y, int pressed) {
+  TOKA_NOTE_CALL();
   // The host reports only down and up; drags are made by the library.
   return TOKADisplayMouseClickHook(x, y, pressed ? 1 : 3);
 }
 
 TOKA_API int TOKACursorHook(int x, int y) {
+  TOKA_NOTE_CALL();
   return TOKADisplayCursorHook(x, y);
 }
 
 TOKA_API int TOKAScrollWheelHook(int x, int y, int wheel, int clicks) {
+  TOKA_NOTE_CALL();
   return TOKADisplayScrollWheelHook(x, y, wheel, clicks);
 }
 
 TOKA_API int TOKAMenuHook(int hostItemID) {
+  TOKA_NOTE_CALL();
   return TOKAHandleMenuItemPick(hostItemID);
 }
 
 TOKA_API int TOKACheckMenuHook(int hostMenuID, int index, int* outChecked) {
+  TOKA_NOTE_CALL();
   return TOKAHandleMenuItemCheck(hostMenuID, index, outChecked);
 }
 
 TOKA_API int TOKAMenuItemEnabled(int hostMenuID, int index) {
+  TOKA_NOTE_CALL();
   return TOKAHandleMenuItemEnable(hostMenuID, index);
 }
 
 TOKA_API int TOKACameraHook(float* x, float* y, float* z, float* pitch, float* heading,
                             float* roll, float* zoom) {
+  TOKA_NOTE_CALL();
   return TOKAAdjustCamera(x, y, z, pitch, heading, roll, zoom);
 }
 
 TOKA_API int TOKACommandHook(TOKACommandRef command, int isBegin, int isEnd, int isBefore) {
+  TOKA_NOTE_CALL();
   return TOKADispatchCommandHook(command, isBegin, isEnd, isBefore);
 }
 
 TOKA_API int TOKAGetNumberPlanesToHandle(int count, int flag) {
+  TOKA_NOTE_CALL();
   return TOKAHandleGetNumberPlanesToHandle(count, flag);
 }
 
 TOKA_API int TOKAUpdatePlaneNameAndPath(int index, char* outName, char* outPath) {
+  TOKA_NOTE_CALL();
   return TOKAHandleUpdatePlaneNameAndPath(index, outName, outPath);
 }

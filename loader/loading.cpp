@@ -6,6 +6,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/platform.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
@@ -138,12 +139,15 @@ void UnloadOnePlugin(int id) {
     try {
       stop();
     } catch (...) {
+      TOKA_INSPECT_MOMENT(kMomentStopThrew, id);
     }
   }
+  TOKA_INSPECT_MOMENT(kMomentStopped, id);
   RunCleanupHooks(id);
   // What the stop entry queued (an object load it asked for) must not reach
   // the plugin either: its code is about to go.
   ReleaseDeliveries(id);
+  TOKA_INSPECT_MOMENT(kMomentCleaned, id);
   PluginRecord& record = gAllPlugins[id];
   if (record.module) TOKAUnloadDLL(record.module);
   ForgetModule(record);
@@ -199,7 +203,9 @@ int LoadOnePlugin(const std::string& path, bool verbose) {
     record.description = path;
   }
 
-  char name[256] = {0}, signature[256] = {0}, description[256] = {0};
+  char name[256 + TOKA_START_GUARD] = {0}, signature[256 + TOKA_START_GUARD] = {0},
+       description[256 + TOKA_START_GUARD] = {0};
+  TOKA_INSPECT_BEFORE_START(name, signature, description);
   int started;
   try {
     started = start(name, signature, description);
@@ -207,6 +213,7 @@ int LoadOnePlugin(const std::string& path, bool verbose) {
     DiscardRefusedPlugin(id);
     throw;
   }
+  TOKA_INSPECT_AFTER_START(name, signature, description);
   if (!started) {
     // One space after the full stop here, two in the other two lines: log
     // readers match these lines as they stand.
@@ -265,6 +272,7 @@ void TOKAUnloadAcfPlugin() {
 }
 
 TOKA_API void TOKAReloadPlugins(void) {
+  TOKA_NOTE_CALL();
   gReloadScheduled = 1;
 }
 

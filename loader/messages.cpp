@@ -3,6 +3,7 @@
 
 #include "loader/deliveries.h"
 #include "loader/enabling.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "toka/TOKAPlugins.h"
 
@@ -124,6 +125,7 @@ void TOKASendDelivery(TOKADelivery* delivery) {
 }
 
 TOKA_API void TOKASendMessageToPlugin(TOKAPluginID to, int message, void* param) {
+  TOKA_NOTE_CALL();
   int sender = TOKAGetDispatchedPlugin();
   int first = to, last = to;
   if (to == -1) {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "loader/enabling.h"
+#include "loader/inspect.h"
 #include "loader/platform.h"
 #include "toka/TOKAPlugins.h"
 
@@ -52,23 +53,28 @@ PluginRecord& PluginRecord::operator=(const PluginRecord& other) {
 
 
 TOKA_API TOKAPluginID TOKAGetMyID(void) {
+  TOKA_NOTE_CALL();
   return TOKAGetDispatchedPlugin();
 }
 
 TOKA_API int TOKACountPlugins(void) {
+  TOKA_NOTE_CALL();
   return (int)gAllPlugins.size();
 }
 
 TOKA_API TOKAPluginID TOKAGetNthPlugin(int index) {
+  TOKA_NOTE_CALL();
   return index;
 }
 
 TOKA_API int TOKAIsPluginEnabled(TOKAPluginID plugin) {
+  TOKA_NOTE_CALL();
   return TOKAIsValidPluginID(plugin) && gAllPlugins[plugin].enabled ? 1 : 0;
 }
 
 TOKA_API void TOKAGetPluginInfo(TOKAPluginID plugin, char* outName, char* outFilePath,
                                 char* outSignature, char* outDescription) {
+  TOKA_NOTE_CALL();
   // The ID is the caller's responsibility, as it always has been.
   const PluginRecord& record = gAllPlugins[plugin];
   if (outName) strcpytrunc(outName, record.name, 256);
@@ -82,6 +88,7 @@ TOKA_API void TOKAGetPluginInfo(TOKAPluginID plugin, char* outName, char* outFil
 }
 
 TOKA_API TOKAPluginID TOKAFindPluginByPath(const char* path) {
+  TOKA_NOTE_CALL();
   std::string wanted(path);
   if (TOKANeedPathConvert()) TOKAOldToUTF8(wanted);
   for (size_t id = 0; id < gAllPlugins.size(); ++id)
@@ -90,6 +97,7 @@ TOKA_API TOKAPluginID TOKAFindPluginByPath(const char* path) {
 }
 
 TOKA_API TOKAPluginID TOKAFindPluginBySignature(const char* signature) {
+  TOKA_NOTE_CALL();
   for (size_t id = 0; id < gAllPlugins.size(); ++id)
     if (gAllPlugins[id].signature == signature) return (int)id;
   return -1;

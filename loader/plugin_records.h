@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "loader/deliveries.h"
+#include "loader/inspect.h"
 #include "toka/TOKADefs.h"
 
 typedef void (*TOKAErrorCallback_f)(const char*);
@@ -106,9 +107,13 @@ class StDispatchCallback {
 public:
   explicit StDispatchCallback(int id)
       : mMayCall(TOKAMayCallPlugin(id)), mPrevious(TOKAGetDispatchedPlugin()) {
+    TOKA_NOTE_DISPATCH_SWITCH(mPrevious);
     TOKASetDispatchedPlugin(id);
   }
-  ~StDispatchCallback() { TOKASetDispatchedPlugin(mPrevious); }
+  ~StDispatchCallback() {
+    TOKA_NOTE_DISPATCH_SWITCH(TOKAGetDispatchedPlugin());
+    TOKASetDispatchedPlugin(mPrevious);
+  }
   bool operator()() const { return mMayCall; }
   StDispatchCallback(const StDispatchCallback&) = delete;
   StDispatchCallback& operator=(const StDispatchCallback&) = delete;

@@ -5,6 +5,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAMenus.h"
@@ -104,11 +105,14 @@ void TOKAInitMenus() {
 }
 
 TOKA_API TOKAMenuID TOKAFindPluginsMenu(void) {
+  TOKA_NOTE_CALL();
   return gPluginsMenu;
 }
 
 TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int parentItem,
                                    TOKAMenuHandler_f handler, void* menuRef) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE_OR_NULL(kHandleMenu, parentMenu);
   TOKAMenuInfo_t* parent = AsMenu(parentMenu);
   if (!parent && gPluginsMenu) {
     // A top-level plugin menu hangs from an item of its own in the Plugins
@@ -124,11 +128,14 @@ TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int 
   menu->handler = handler;
   menu->plugin = TOKAGetDispatchedPlugin();
   gMenus.push_back(menu);
+  TOKA_NOTE_ISSUED(kHandleMenu, menu);
   return menu;
 }
 
 TOKA_API int TOKAAppendMenuItem(TOKAMenuID menuID, const char* name, void* itemRef,
                                 int forceEnglish) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   // Any plugin may add to any menu (plugins share the Plugins menu this
   // way); the item belongs to the plugin that added it.
   TOKAMenuInfo_t* menu = AsMenu(menuID);
@@ -143,27 +150,39 @@ TOKA_API int TOKAAppendMenuItem(TOKAMenuID menuID, const char* name, void* itemR
 }
 
 TOKA_API int TOKAAppendMenuSeparator(TOKAMenuID menu) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menu);
   return TOKAAppendMenuItem(menu, "-", nullptr, 0);
 }
 
 TOKA_API void TOKASetMenuItemName(TOKAMenuID menu, int index, const char* name,
                                   int forceEnglish) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menu);
   gHostServices->SetMenuItemName(AsMenu(menu)->hostMenuID, index, name, forceEnglish);
 }
 
 TOKA_API void TOKAEnableMenuItem(TOKAMenuID menu, int index, int enabled) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menu);
   AsMenu(menu)->itemEnabled[index] = enabled;
 }
 
 TOKA_API void TOKACheckMenuItem(TOKAMenuID menu, int index, int check) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menu);
   AsMenu(menu)->itemChecks[index] = check;
 }
 
 TOKA_API void TOKACheckMenuItemState(TOKAMenuID menu, int index, int* outCheck) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menu);
   *outCheck = AsMenu(menu)->itemChecks[index];
 }
 
 TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   TOKAMenuInfo_t* menu = AsMenu(menuID);
   if (index < 0 || index >= (int)menu->itemHostIDs.size()) {
     TOKASendError("TOKARemoveMenuItem was passed an out of range item index.");
@@ -173,12 +192,16 @@ TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
 }
 
 TOKA_API void TOKAClearAllMenuItems(TOKAMenuID menuID) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   TOKAMenuInfo_t* menu = AsMenu(menuID);
   if (menu->plugin != TOKAGetDispatchedPlugin()) return;
   ClearItems(menu);
 }
 
 TOKA_API void TOKADestroyMenu(TOKAMenuID menuID) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   TOKAMenuInfo_t* menu = AsMenu(menuID);
   if (!IsListed(menu) || menu->plugin != TOKAGetDispatchedPlugin()) return;
   ClearItems(menu);
@@ -255,3 +278,23 @@ void TOKAMenuCleanupHook(int plugin) {
   for (int index = (int)gPluginsMenu->itemOwners.size() - 1; index >= 0; --index)
     if (gPluginsMenu->itemOwners[index] == plugin) RemoveItem(gPluginsMenu, index);
 }
+
+#ifdef TOKA_VALIDATOR
+bool TOKAIsLiveMenu(const void* handle) {
+  return IsListed(AsMenu(const_cast<void*>(handle)));
+}
+
+// Items count where they stand in another's menu; those of the plugin's own
+// menus go with them.
+void TOKAInspectMenus(int plugin, TOKAInspection& out) {
+  for (const TOKAMenuInfo_t* menu : gMenus) {
+    if (menu->plugin == plugin) {
+      ++out.owned[kInspectMenus];
+      continue;
+    }
+    int kind = menu == gPluginsMenu ? kInspectPluginsMenuItems : kInspectMenuItems;
+    for (int owner : menu->itemOwners)
+      if (owner == plugin) ++out.owned[kind];
+  }
+}
+#endif

@@ -6,6 +6,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/loading.h"
 #include "loader/plugin_records.h"
 #include "loader/resource_list.h"
@@ -52,10 +53,12 @@ static inline float RoundToFloat(double value) {
 }
 
 TOKA_API float TOKAGetElapsedTime(void) {
+  TOKA_NOTE_CALL();
   return RoundToFloat(gHostServices->GetElapsedTime());
 }
 
 TOKA_API int TOKAGetCycleNumber(void) {
+  TOKA_NOTE_CALL();
   return gLastCallNumber;
 }
 
@@ -111,6 +114,7 @@ static void ReportCreationMistakes(const TOKACreateFlightLoop_t* params) {
 }
 
 TOKA_API TOKAFlightLoopID TOKACreateFlightLoop(TOKACreateFlightLoop_t* params) {
+  TOKA_NOTE_CALL();
   if (!params) return nullptr;
   ReportCreationMistakes(params);
   TOKAFlightLoopRecord* record = new TOKAFlightLoopRecord;
@@ -122,10 +126,13 @@ TOKA_API TOKAFlightLoopID TOKACreateFlightLoop(TOKACreateFlightLoop_t* params) {
   record->refcon = params->refcon;
   record->owner = TOKAGetDispatchedPlugin();
   gFlightLoops.Add(record);
+  TOKA_NOTE_ISSUED(kHandleFlightLoop, record);
   return record;
 }
 
 TOKA_API void TOKAScheduleFlightLoop(TOKAFlightLoopID loop, float interval, int relativeToNow) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleFlightLoop, loop);
   TOKAFlightLoopRecord* record = FindFlightLoop(loop);
   if (!record) return;
   if (record->owner != TOKAGetDispatchedPlugin()) {
@@ -140,6 +147,8 @@ TOKA_API void TOKAScheduleFlightLoop(TOKAFlightLoopID loop, float interval, int 
 }
 
 TOKA_API void TOKADestroyFlightLoop(TOKAFlightLoopID loop) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleFlightLoop, loop);
   TOKAFlightLoopRecord* record = FindFlightLoop(loop);
   if (!record) return;
   if (record->owner != TOKAGetDispatchedPlugin()) {
@@ -151,6 +160,7 @@ TOKA_API void TOKADestroyFlightLoop(TOKAFlightLoopID loop) {
 
 TOKA_API void TOKARegisterFlightLoopCallback(TOKAFlightLoop_f callback, float interval,
                                              void* refcon) {
+  TOKA_NOTE_CALL();
   TOKACreateFlightLoop_t params = {kCreateFlightLoopSize, 0, callback, refcon};
   TOKAScheduleFlightLoop(TOKACreateFlightLoop(&params), interval, 0);
 }
@@ -158,6 +168,7 @@ TOKA_API void TOKARegisterFlightLoopCallback(TOKAFlightLoop_f callback, float in
 // The older interface names loops by (callback, refcon) alone, so it acts on
 // any plugin's loops.
 TOKA_API void TOKAUnregisterFlightLoopCallback(TOKAFlightLoop_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   for (TOKAFlightLoopRecord* record = gFlightLoops.BeginIterate(); record;
        record = record->get_next()) {
     if (record->callback == callback && record->refcon == refcon) {
@@ -170,6 +181,7 @@ TOKA_API void TOKAUnregisterFlightLoopCallback(TOKAFlightLoop_f callback, void* 
 
 TOKA_API void TOKASetFlightLoopCallbackInterval(TOKAFlightLoop_f callback, float interval,
                                                 int relativeToNow, void* refcon) {
+  TOKA_NOTE_CALL();
   for (TOKAFlightLoopRecord* record = gFlightLoops.BeginIterate(); record;
        record = record->get_next()) {
     if (record->callback != callback || record->refcon != refcon) continue;
@@ -276,3 +288,18 @@ void TOKAProcessingCleanupHook(int plugin) {
   }
   gFlightLoops.EndIterate();
 }
+
+#ifdef TOKA_VALIDATOR
+bool TOKAIsLiveFlightLoop(const void* handle) {
+  const TOKAFlightLoopRecord* record = FindFlightLoop(const_cast<void*>(handle));
+  return record && !record->is_dead();
+}
+
+void TOKAInspectFlightLoops(int plugin, TOKAInspection& out) {
+  for (const TOKAFlightLoopRecord* record = gFlightLoops.head; record; record = record->get_next()) {
+    if (record->is_dead() || record->owner != plugin) continue;
+    ++out.owned[kInspectFlightLoops];
+    if (record->interval != 0) ++out.running[kRunningFlightLoops];
+  }
+}
+#endif

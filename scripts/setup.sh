@@ -13,8 +13,9 @@ source scripts/machine.sh
 # window through GLFW and writes its pictures with a header-only encoder
 # (libstb-dev); GL, EGL and GLFW come in both architectures because the
 # 32-bit host and plugins draw too. The window tests run under Xvfb, with
-# xdotool as the user.
-packages=(g++-multilib cmake make binutils pkg-config libstb-dev
+# xdotool as the user. toka-validate writes its JSON report with
+# nlohmann-json, a header-only library that serves both architectures.
+packages=(g++-multilib cmake make binutils pkg-config libstb-dev nlohmann-json3-dev
   libgtest-dev libbenchmark-dev libgtest-dev:i386 libbenchmark-dev:i386
   libegl-dev libgl-dev libegl-mesa0 libgl1-mesa-dri libglfw3-dev
   libegl-dev:i386 libgl-dev:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libglfw3-dev:i386

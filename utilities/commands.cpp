@@ -11,6 +11,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKACommands.h"
@@ -75,36 +76,50 @@ static TOKACommandHookMap& HooksFor(int before) {
 }
 
 TOKA_API TOKACommandRef TOKACreateCommand(const char* name, const char* description) {
+  TOKA_NOTE_CALL();
   // "sim/" names are the simulator's own. Plugins have long shipped such
   // commands, so the author is warned and the command is created anyway.
   if (std::strncmp(name, "sim/", 4) == 0) {
     TOKASendError("Plugin is illegally registering a command with the prefix sim/");
     TOKALogPluginWarning("It is illegal to register a command starting with sim/");
   }
-  return gHostServices->CreateCommand(name, description, 1);
+  TOKACommandRef command = gHostServices->CreateCommand(name, description, 1);
+  TOKA_NOTE_ISSUED(kHandleCommand, command);
+  return command;
 }
 
 TOKA_API TOKACommandRef TOKAFindCommand(const char* name) {
-  return gHostServices->CreateCommand(name, nullptr, 0);
+  TOKA_NOTE_CALL();
+  TOKACommandRef command = gHostServices->CreateCommand(name, nullptr, 0);
+  TOKA_NOTE_ISSUED(kHandleCommand, command);
+  return command;
 }
 
 TOKA_API void TOKACommandBegin(TOKACommandRef command) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   gCommandMap[TOKAGetDispatchedPlugin()].insert(command);
   gHostServices->CommandBegin(command);
 }
 
 TOKA_API void TOKACommandEnd(TOKACommandRef command) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   gHostServices->CommandEnd(command);
   gCommandMap[TOKAGetDispatchedPlugin()].erase(command);
 }
 
 TOKA_API void TOKACommandOnce(TOKACommandRef command) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   gHostServices->CommandBegin(command);
   gHostServices->CommandEnd(command);
 }
 
 TOKA_API void TOKARegisterCommandHandler(TOKACommandRef command, TOKACommandCallback_f handler,
                                          int before, void* refcon) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   // Before-handlers go to the front and after-handlers to the back: the
   // newest before-handler sees the command first and the oldest
   // after-handler sees it first, and plugins rely on both.
@@ -119,6 +134,8 @@ TOKA_API void TOKARegisterCommandHandler(TOKACommandRef command, TOKACommandCall
 TOKA_API void TOKAUnregisterCommandHandler(TOKACommandRef command,
                                            TOKACommandCallback_f handler, int before,
                                            void* refcon) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleCommand, command);
   TOKACommandCB_t record = {handler, TOKAGetDispatchedPlugin(), refcon};
   TOKACommandCBList& list = HooksFor(before)[command];
   auto found = std::find(list.begin(), list.end(), record);
@@ -126,6 +143,7 @@ TOKA_API void TOKAUnregisterCommandHandler(TOKACommandRef command,
 }
 
 TOKA_API void TOKACommandKeyStroke(int keyCommand) {
+  TOKA_NOTE_CALL();
   gHostServices->CommandKeyStroke(keyCommand);
 }
 
@@ -137,11 +155,13 @@ static void SendButton(int button, int up) {
 }
 
 TOKA_API void TOKACommandButtonPress(int button) {
+  TOKA_NOTE_CALL();
   SendButton(button, 0);
   gButtons.push_back(button);
 }
 
 TOKA_API void TOKACommandButtonRelease(int button) {
+  TOKA_NOTE_CALL();
   SendButton(button, 1);
   auto found = std::find(gButtons.begin(), gButtons.end(), button);
   if (found != gButtons.end()) gButtons.erase(found);
@@ -227,3 +247,28 @@ void TOKACommandCleanupHook(int plugin) {
   DropHandlers(gPreHooks, plugin);
   DropHandlers(gPostHooks, plugin);
 }
+
+#ifdef TOKA_VALIDATOR
+std::vector<void*> TOKAPluginCommands(int plugin) {
+  std::vector<void*> commands;
+  for (const TOKACommandHookMap* hooks : {&gPreHooks, &gPostHooks})
+    for (const auto& entry : *hooks)
+      for (const TOKACommandCB_t& handler : entry.second)
+        if (handler.plugin == plugin &&
+            std::find(commands.begin(), commands.end(), entry.first) == commands.end())
+          commands.push_back(entry.first);
+  std::sort(commands.begin(), commands.end(), [](void* a, void* b) {
+    return TOKAIssueOrder(a) < TOKAIssueOrder(b);
+  });
+  return commands;
+}
+
+void TOKAInspectCommands(int plugin, TOKAInspection& out) {
+  for (const TOKACommandHookMap* hooks : {&gPreHooks, &gPostHooks})
+    for (const auto& entry : *hooks)
+      for (const TOKACommandCB_t& handler : entry.second)
+        if (handler.plugin == plugin) ++out.owned[kInspectCommandHandlers];
+  auto held = gCommandMap.find(plugin);
+  if (held != gCommandMap.end()) out.owned[kInspectHeldCommands] += (int)held->second.size();
+}
+#endif

@@ -5,6 +5,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/platform.h"
 #include "loader/plugin_records.h"
 #include "toka/TOKAUtilities.h"
@@ -52,6 +53,7 @@ TOKA_API int TOKAGetDirectoryContents(const char* directoryPath, int firstReturn
                                       char* outFileNames, int fileNameBufSize,
                                       char** outIndices, int indexCount,
                                       int* outTotalFiles, int* outReturnedFiles) {
+  TOKA_NOTE_CALL();
   const bool convert = TOKANeedPathConvert();
   std::string folder = directoryPath;
   if (convert) TOKAOldToUTF8(folder);
@@ -80,10 +82,12 @@ TOKA_API int TOKAGetDirectoryContents(const char* directoryPath, int firstReturn
 }
 
 TOKA_API const char* TOKAGetDirectorySeparator(void) {
+  TOKA_NOTE_CALL();
   return TOKANeedPathConvert() ? gDirSeparator : "/";
 }
 
 TOKA_API char* TOKAExtractFileAndPath(char* fullPath) {
+  TOKA_NOTE_CALL();
   const char separator = TOKAGetDirectorySeparator()[0];
   int i = (int)std::strlen(fullPath) - 1;
   if (i >= 0 && fullPath[i] == separator) fullPath[i--] = 0;
@@ -103,11 +107,13 @@ void TOKAConvertHostPath(char* path) {
 }
 
 TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
+  TOKA_NOTE_CALL();
   gHostServices->GetSystemPath(outSystemPath);
   TOKAConvertHostPath(outSystemPath);
 }
 
 TOKA_API void TOKAGetPrefsPath(char* outPrefsPath) {
+  TOKA_NOTE_CALL();
   gHostServices->GetPrefsPath(outPrefsPath);
   TOKAConvertHostPath(outPrefsPath);
 }
@@ -117,6 +123,7 @@ static bool IsDataFileType(int fileType) {
 }
 
 TOKA_API int TOKASaveDataFile(int fileType, const char* filePath) {
+  TOKA_NOTE_CALL();
   if (!filePath) {
     TOKASendError("Null file path passed to TOKASaveDataFile.");
     return 0;
@@ -131,6 +138,7 @@ TOKA_API int TOKASaveDataFile(int fileType, const char* filePath) {
 // Unlike saving, loading has never checked the path: a null path reaches the
 // host as it stands, and what the host makes of it is the host's affair.
 TOKA_API int TOKALoadDataFile(int fileType, const char* filePath) {
+  TOKA_NOTE_CALL();
   if (!IsDataFileType(fileType)) {
     TOKASendError("Illegal file type passed to TOKALoadDataFile.");
     return 0;

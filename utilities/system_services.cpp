@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "toka/TOKAUtilities.h"
 
 // This library's own version, as plugins read it from TOKAGetVersions.
@@ -54,6 +55,7 @@ static const VirtualKeyName gVirtualKeyNames[] = {
 };
 
 TOKA_API const char* TOKAGetVirtualKeyDescription(char virtualKey) {
+  TOKA_NOTE_CALL();
   // Codes above 0x7F arrive as negative chars.
   const unsigned char code = (unsigned char)virtualKey;
   for (const VirtualKeyName& row : gVirtualKeyNames)
@@ -62,6 +64,7 @@ TOKA_API const char* TOKAGetVirtualKeyDescription(char virtualKey) {
 }
 
 TOKA_API void TOKAGetVersions(int* outHostVersion, int* outTokaVersion, int* outHostSecond) {
+  TOKA_NOTE_CALL();
   int hostVersion = 0, hostSecond = 0;
   gHostServices->GetVersions(&hostVersion, &hostSecond);
   if (outHostSecond) *outHostSecond = hostSecond;
@@ -70,14 +73,17 @@ TOKA_API void TOKAGetVersions(int* outHostVersion, int* outTokaVersion, int* out
 }
 
 TOKA_API int TOKAGetLanguage(void) {
+  TOKA_NOTE_CALL();
   return gHostServices->GetLanguage();
 }
 
 TOKA_API void TOKADebugString(const char* text) {
+  TOKA_NOTE_CALL();
   gHostServices->DebugString(text);
 }
 
 TOKA_API int TOKA_dprintf(const char* format, ...) {
+  TOKA_NOTE_CALL();
   va_list args;
   va_start(args, format);
   std::vsnprintf(gDebugText, sizeof gDebugText, format, args);
@@ -89,21 +95,26 @@ TOKA_API int TOKA_dprintf(const char* format, ...) {
 }
 
 TOKA_API void TOKASpeakString(const char* text) {
+  TOKA_NOTE_CALL();
   gHostServices->SpeakString(text);
 }
 
 TOKA_API void TOKASimulateKeyPress(int keyType, int key) {
+  TOKA_NOTE_CALL();
   gHostServices->SimulateKeyPress(keyType, key);
 }
 
 TOKA_API void TOKAReloadScenery(void) {
+  TOKA_NOTE_CALL();
   gHostServices->ReloadScenery();
 }
 
 TOKA_API int TOKAInitialized(void) {
+  TOKA_NOTE_CALL();
   return gHostServices != nullptr ? 1 : 0;
 }
 
 TOKA_API void* TOKAFindSymbol(const char* symbolName) {
+  TOKA_NOTE_CALL();
   return gHostServices->FindSymbol(symbolName);
 }

@@ -1,5 +1,6 @@
 // Camera control: one plugin at a time drives the simulator's camera.
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKACamera.h"
@@ -13,6 +14,7 @@ static void* gCameraControlRef = nullptr;
 // Taking the camera needs no permission and tells the previous holder
 // nothing: plugins that hand the camera back and forth rely on both.
 TOKA_API void TOKAControlCamera(int howLong, TOKACameraControl_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   gIsControlled = 1;
   gControlDuration = howLong;
   gCurrentControlFunc = callback;
@@ -24,15 +26,18 @@ TOKA_API void TOKAControlCamera(int howLong, TOKACameraControl_f callback, void*
 // holder's ID is kept, which is harmless since nothing is called while the
 // camera is not held.
 TOKA_API void TOKADontControlCamera(void) {
+  TOKA_NOTE_CALL();
   gIsControlled = 0;
 }
 
 TOKA_API int TOKAIsCameraBeingControlled(int* outHowLong) {
+  TOKA_NOTE_CALL();
   if (gIsControlled && outHowLong) *outHowLong = gControlDuration;
   return gIsControlled;
 }
 
 TOKA_API void TOKAReadCameraPosition(TOKACameraPosition_t* outPosition) {
+  TOKA_NOTE_CALL();
   gHostServices->ReadCameraPosition(&outPosition->x, &outPosition->y, &outPosition->z,
                                     &outPosition->pitch, &outPosition->heading,
                                     &outPosition->roll, &outPosition->zoom);
@@ -98,3 +103,9 @@ void TOKACameraCleanupHook(int plugin) {
 void TOKACameraDisableHook(int plugin) {
   if (plugin == gCurrentControlPlugin) TOKAReleaseCameraInternal(true);
 }
+
+#ifdef TOKA_VALIDATOR
+void TOKAInspectCamera(int plugin, TOKAInspection& out) {
+  if (gIsControlled && gCurrentControlPlugin == plugin) ++out.owned[kInspectCamera];
+}
+#endif

@@ -7,6 +7,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAData.h"
@@ -56,6 +57,7 @@ void SetAIDisabled(int index, int disabled) {
 }  // namespace
 
 TOKA_API int TOKAAcquirePlanes(char** paths, TOKAPlanesAvailable_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   int caller = TOKAGetDispatchedPlugin();
   if (caller == gOwner) return 1;
   if (gOwner == -1) {
@@ -71,6 +73,7 @@ TOKA_API int TOKAAcquirePlanes(char** paths, TOKAPlanesAvailable_f callback, voi
 }
 
 TOKA_API void TOKAReleasePlanes(void) {
+  TOKA_NOTE_CALL();
   if (!CallerOwnsPlanes()) return;
   gPlaneLimit = -1;
   gOwner = -1;
@@ -87,10 +90,12 @@ TOKA_API void TOKAReleasePlanes(void) {
 }
 
 TOKA_API void TOKASetActiveAircraftCount(int count) {
+  TOKA_NOTE_CALL();
   if (CallerOwnsPlanes()) gPlaneLimit = count;
 }
 
 TOKA_API void TOKASetAircraftModel(int index, const char* path) {
+  TOKA_NOTE_CALL();
   if (!CallerOwnsPlanes()) return;
   // The wish list is indexed by aircraft; a negative index names no aircraft.
   if (index < 0) return;
@@ -103,16 +108,19 @@ TOKA_API void TOKASetAircraftModel(int index, const char* path) {
 }
 
 TOKA_API void TOKADisableAIForPlane(int index) {
+  TOKA_NOTE_CALL();
   SetAIDisabled(index, 1);
 }
 
 TOKA_API void TOKADrawAircraft(int index, float x, float y, float z, float pitch, float roll,
                                float yaw, int fullDraw, void* drawStateInfo) {
+  TOKA_NOTE_CALL();
   if (CallerOwnsPlanes())
     gHostServices->DrawAircraft(index, x, y, z, pitch, roll, yaw, fullDraw, drawStateInfo);
 }
 
 TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outController) {
+  TOKA_NOTE_CALL();
   int total = gHostServices->CountAircraft();
   int active = total;
   if (gPlaneLimit != -1 && gPlaneLimit < total) active = gPlaneLimit;
@@ -122,11 +130,13 @@ TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outControlle
 }
 
 TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPath) {
+  TOKA_NOTE_CALL();
   gHostServices->GetNthAircraftModel(index, outPath, outFileName);
   TOKAConvertHostPath(outPath);  // the file name is passed on as it is
 }
 
 TOKA_API void TOKASetUsersAircraft(const char* path) {
+  TOKA_NOTE_CALL();
   std::string converted = ToUTF8(path);
   // The name is looked for in the path as the plugin gave it. Without any
   // separator the search stops at the first character and the name starts
@@ -138,11 +148,13 @@ TOKA_API void TOKASetUsersAircraft(const char* path) {
 }
 
 TOKA_API void TOKAReinitUsersPlane(void) {
+  TOKA_NOTE_CALL();
   if (CallerOwnsPlanes() && gHostServices->version > 283)
     gHostServices->ReinitUsersPlane(208, 201);
 }
 
 TOKA_API void TOKAPlaceUserAtAirport(const char* airportCode) {
+  TOKA_NOTE_CALL();
   gHostServices->PlaceUserAtAirport(airportCode);
 }
 
@@ -178,3 +190,12 @@ void TOKAPlaneCleanupHook(int plugin) {
   // at shutdown or reload has given the planes up when it was disabled.
   if (plugin == gOwner) TOKAReleasePlanes();
 }
+
+#ifdef TOKA_VALIDATOR
+// The planes themselves, or a place in the line for them.
+void TOKAInspectPlanes(int plugin, TOKAInspection& out) {
+  if (gOwner == plugin) ++out.owned[kInspectPlanes];
+  for (const TOKAPlaneRequest& request : gQueue)
+    if (request.plugin == plugin) ++out.owned[kInspectPlanes];
+}
+#endif

@@ -9,6 +9,7 @@
 #include "loader/deliveries.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
+#include "loader/inspect.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAScenery.h"
@@ -65,16 +66,20 @@ static TOKAProbeRecord* FindProbe(TOKAProbeRef handle) {
 }
 
 TOKA_API TOKAProbeRef TOKACreateProbe(int probeType) {
+  TOKA_NOTE_CALL();
   auto record = std::make_unique<TOKAProbeRecord>();
   record->plugin = TOKAGetDispatchedPlugin();
   record->type = probeType;
   record->hostProbe = TakeHostProbe();
   TOKAProbeRecord* handle = record.get();
   gProbes[handle] = std::move(record);
+  TOKA_NOTE_ISSUED(kHandleProbe, handle);
   return handle;
 }
 
 TOKA_API void TOKADestroyProbe(TOKAProbeRef probe) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleProbe, probe);
   TOKAProbeRecord* record = FindProbe(probe);
   if (!record) return;
   gFreeProbes.insert(record->hostProbe);
@@ -83,6 +88,8 @@ TOKA_API void TOKADestroyProbe(TOKAProbeRef probe) {
 
 TOKA_API int TOKAProbeTerrainXYZ(TOKAProbeRef probe, float x, float y, float z,
                                  TOKAProbeInfo_t* info) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleProbe, probe);
   // A destroyed probe's record is gone: it answers like a bad probe rather
   // than being read after it was freed.
   TOKAProbeRecord* record = FindProbe(probe);
@@ -95,8 +102,10 @@ TOKA_API int TOKAProbeTerrainXYZ(TOKAProbeRef probe, float x, float y, float z,
 }
 
 TOKA_API TOKAObjectRef TOKALoadObject(const char* path) {
+  TOKA_NOTE_CALL();
   TOKAObjectRef object = gHostServices->LoadObject(path);
   if (object) ObjectsOf(TOKAGetDispatchedPlugin()).push_back(object);
+  TOKA_NOTE_ISSUED(kHandleObject, object);
   return object;
 }
 
@@ -127,6 +136,7 @@ void TOKAObjectCompletion_t::AsyncCB(TOKAObjectRef object, void* record) {
 }
 
 TOKA_API void TOKALoadObjectAsync(const char* path, TOKAObjectLoaded_f callback, void* refcon) {
+  TOKA_NOTE_CALL();
   auto* completion = new TOKAObjectCompletion_t(TOKAGetDispatchedPlugin(), callback, refcon);
   // The simulator is asked even when the owner could not be queued: its
   // completion then finds nobody to deliver to and unloads the object.
@@ -135,6 +145,8 @@ TOKA_API void TOKALoadObjectAsync(const char* path, TOKAObjectLoaded_f callback,
 }
 
 TOKA_API void TOKAUnloadObject(TOKAObjectRef object) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleObject, object);
   std::vector<TOKAObjectRef>& objects = ObjectsOf(TOKAGetDispatchedPlugin());
   auto found = std::find(objects.begin(), objects.end(), object);
   if (found == objects.end()) {
@@ -164,6 +176,8 @@ static bool DrawArgumentsAreValid(TOKAObjectRef object, int count, const TOKADra
 
 TOKA_API void TOKADrawObjects(TOKAObjectRef object, int count, TOKADrawInfo_t* locations,
                               int lighting, int earthRelative) {
+  TOKA_NOTE_CALL();
+  TOKA_CHECK_HANDLE(kHandleObject, object);
   if (TOKAHasError() && !DrawArgumentsAreValid(object, count, locations)) return;
   for (int i = 0; i < count; ++i) {
     const TOKADrawInfo_t& at = locations[i];
@@ -175,6 +189,7 @@ TOKA_API void TOKADrawObjects(TOKAObjectRef object, int count, TOKADrawInfo_t* l
 
 TOKA_API int TOKALookupObjects(const char* path, float latitude, float longitude,
                                TOKAObjectLibraryEnumerator_f enumerator, void* refcon) {
+  TOKA_NOTE_CALL();
   // The simulator calls the enumerator itself; what it reports is not owned
   // by anybody.
   return gHostServices->LookupObjects(path, latitude, longitude, enumerator, refcon);
@@ -194,3 +209,23 @@ void TOKASceneryCleanupHook(int plugin) {
   objects.swap(ObjectsOf(plugin));
   for (TOKAObjectRef object : objects) gHostServices->UnloadObject(object);
 }
+
+#ifdef TOKA_VALIDATOR
+bool TOKAIsLiveProbe(const void* handle) {
+  return gProbes.count(static_cast<const TOKAProbeRecord*>(handle)) != 0;
+}
+
+bool TOKAIsLiveObject(const void* handle) {
+  for (const auto& entry : gObjects)
+    for (TOKAObjectRef object : entry.second)
+      if (object == handle) return true;
+  return false;
+}
+
+void TOKAInspectScenery(int plugin, TOKAInspection& out) {
+  for (const auto& entry : gProbes)
+    if (entry.second->plugin == plugin) ++out.owned[kInspectProbes];
+  auto objects = gObjects.find(plugin);
+  if (objects != gObjects.end()) out.owned[kInspectObjects] += (int)objects->second.size();
+}
+#endif

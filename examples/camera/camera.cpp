@@ -97,22 +97,27 @@ TOKA_PLUGIN_EXPORT int OrvanePluginStart(char* outName, char* outSignature, char
   std::strcpy(outName, "Camera");
   std::strcpy(outSignature, "toka.examples.camera");
   std::strcpy(outDescription, "F8 orbits the camera around the user's aircraft.");
+  return 1;
+}
+
+// The hot key is there while the plugin is enabled.
+TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
   gHotKey = TOKARegisterHotKey(kKey, kKeyFlags, "Camera: orbit the aircraft", Toggle, nullptr);
   return 1;
 }
 
-TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) { return 1; }
-
 // Disabling a plugin takes the camera from it (Orbit is told) before this
 // runs.
-TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {}
+TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {
+  TOKAUnregisterHotKey(gHotKey);
+  gHotKey = nullptr;
+}
 
 TOKA_PLUGIN_EXPORT void OrvanePluginStop(void) {
   // Another plugin may have taken the camera without our knowing; only give
   // it back if it is still ours as far as we can tell.
   if (gHolding && TOKAIsCameraBeingControlled(nullptr)) TOKADontControlCamera();
   gHolding = false;
-  TOKAUnregisterHotKey(gHotKey);
 }
 
 TOKA_PLUGIN_EXPORT void OrvanePluginReceiveMessage(TOKAPluginID from, int message, void* param) {}

@@ -75,22 +75,27 @@ TOKA_PLUGIN_EXPORT int OrvanePluginStart(char* outName, char* outSignature, char
   TOKARegisterCommandHandler(gCommand, BeforeSimulator, 1, nullptr);
   TOKARegisterCommandHandler(gCommand, AfterSimulator, 0, nullptr);
 
-  gHotKey = TOKARegisterHotKey(kKey, kKeyFlags, "Commands: say hello", IssueFromHotKey, nullptr);
   gMenu = TOKACreateMenu("Commands", nullptr, 0, IssueFromMenu, nullptr);
   TOKAAppendMenuItem(gMenu, "Say hello", nullptr, 1);
   return 1;
 }
 
-TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) { return 1; }
+// The hot key is there while the plugin is enabled.
+TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
+  gHotKey = TOKARegisterHotKey(kKey, kKeyFlags, "Commands: say hello", IssueFromHotKey, nullptr);
+  return 1;
+}
 
-TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {}
+TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {
+  TOKAUnregisterHotKey(gHotKey);
+  gHotKey = nullptr;
+}
 
 // The command itself stays with the simulator for the life of the process;
-// only our handlers, key and menu go.
+// only our handlers and menu go.
 TOKA_PLUGIN_EXPORT void OrvanePluginStop(void) {
   TOKAUnregisterCommandHandler(gCommand, BeforeSimulator, 1, nullptr);
   TOKAUnregisterCommandHandler(gCommand, AfterSimulator, 0, nullptr);
-  TOKAUnregisterHotKey(gHotKey);
   TOKADestroyMenu(gMenu);
 }
 

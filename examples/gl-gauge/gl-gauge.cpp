@@ -143,6 +143,10 @@ TOKA_PLUGIN_EXPORT void OrvanePluginStop(void) {
   glDeleteTextures(1, &texture);
 }
 
-TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) { return 1; }
-TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {}
+// The window shows while the plugin is enabled.
+TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
+  TOKASetWindowIsVisible(gWindow, 1);
+  return 1;
+}
+TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) { TOKASetWindowIsVisible(gWindow, 0); }
 TOKA_PLUGIN_EXPORT void OrvanePluginReceiveMessage(TOKAPluginID from, int message, void* param) {}

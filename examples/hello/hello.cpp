@@ -34,6 +34,7 @@ TOKAWindowID gWindow = nullptr;
 TOKAHotKeyID gHotKey = nullptr;
 TOKAMenuID gMenu = nullptr;
 int gShowItem = -1;  // index of "Show window" in gMenu
+int gShowWhenEnabled = 1;  // whether the window shows when the plugin is enabled
 
 // The second line of the window, naming the key as the simulator does.
 char gHint[128];
@@ -114,9 +115,6 @@ TOKA_PLUGIN_EXPORT int OrvanePluginStart(char* outName, char* outSignature, char
   params.handleKeyFunc = HandleKey;
   gWindow = TOKACreateWindowEx(&params);
 
-  gHotKey = TOKARegisterHotKey(kToggleKey, kToggleFlags, "Hello: show or hide the window",
-                               ToggleFromHotKey, nullptr);
-
   // Without a parent the menu hangs from a new "Hello" item of the Plugins
   // menu. Items appended to the Plugins menu directly would reach no
   // handler: picks go to the handler of the menu that holds the item.
@@ -127,20 +125,29 @@ TOKA_PLUGIN_EXPORT int OrvanePluginStart(char* outName, char* outSignature, char
 }
 
 // Enable and Disable come in pairs, possibly many times between Start and
-// Stop. While disabled the plugin's window is not drawn and its hot key and
-// menu do nothing; there is nothing to undo here.
+// Stop. While disabled nothing of the plugin shows or runs: the window is
+// hidden (and shown again as it was), the hot key goes. The menu stays; its
+// picks reach no disabled plugin.
 TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
+  gHotKey = TOKARegisterHotKey(kToggleKey, kToggleFlags, "Hello: show or hide the window",
+                               ToggleFromHotKey, nullptr);
+  TOKASetWindowIsVisible(gWindow, gShowWhenEnabled);
+  UpdateCheckMark();
   TOKADebugString("hello: enabled\n");
   return 1;
 }
 
 TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {
+  TOKAUnregisterHotKey(gHotKey);
+  gHotKey = nullptr;
+  gShowWhenEnabled = TOKAGetWindowIsVisible(gWindow);
+  TOKASetWindowIsVisible(gWindow, 0);
+  UpdateCheckMark();
   TOKADebugString("hello: disabled\n");
 }
 
 TOKA_PLUGIN_EXPORT void OrvanePluginStop(void) {
   TOKADestroyMenu(gMenu);
-  TOKAUnregisterHotKey(gHotKey);
   TOKADestroyWindow(gWindow);
   gMenu = gHotKey = gWindow = nullptr;
   TOKADebugString("hello: stopped\n");

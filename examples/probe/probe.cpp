@@ -82,14 +82,21 @@ TOKA_PLUGIN_EXPORT int OrvanePluginStart(char* outName, char* outSignature, char
                                         nullptr, nullptr, ReadHeight, nullptr, nullptr, nullptr,
                                         nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                                         nullptr, nullptr);
-  // The loop belongs to the plugin and stands still while it is disabled.
+  // The loop belongs to the plugin; it runs while the plugin is enabled.
   TOKARegisterFlightLoopCallback(ProbeUnderAircraft, 1.0f, nullptr);
   return 1;
 }
 
-TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) { return 1; }
+TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
+  TOKASetFlightLoopCallbackInterval(ProbeUnderAircraft, 1.0f, 1, nullptr);
+  return 1;
+}
 
-TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {}
+// A disabled plugin's loop is not called, but it is unscheduled all the
+// same: nothing of a disabled plugin is left running.
+TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {
+  TOKASetFlightLoopCallbackInterval(ProbeUnderAircraft, 0, 1, nullptr);
+}
 
 TOKA_PLUGIN_EXPORT void OrvanePluginStop(void) {
   TOKAUnregisterFlightLoopCallback(ProbeUnderAircraft, nullptr);

@@ -31,12 +31,16 @@ TOKA_PLUGIN_EXPORT int OrvanePluginStart(char* outName, char* outSignature, char
 // Called after Start and whenever the plugin is switched on again. Return 0
 // to stay disabled.
 TOKA_PLUGIN_EXPORT int OrvanePluginEnable(void) {
+  TOKASetFlightLoopCallbackInterval(EveryFewSeconds, 5.0f, 1, nullptr);
   TOKADebugString("my_plugin: enabled\n");
   return 1;
 }
 
-// While disabled the plugin's callbacks are not called.
+// While disabled the plugin's callbacks are not called; stop what runs by
+// itself all the same (an interval of 0 unschedules the loop), so that
+// nothing of the plugin is left running.
 TOKA_PLUGIN_EXPORT void OrvanePluginDisable(void) {
+  TOKASetFlightLoopCallbackInterval(EveryFewSeconds, 0, 1, nullptr);
   TOKADebugString("my_plugin: disabled\n");
 }
 

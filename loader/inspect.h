@@ -1,0 +1,174 @@
+// What each plugin owns, kind by kind, the moments of its life at which a
+// validator looks, and the checks of the handles plugins pass: compiled into toka-validate's own copy of the library
+// only (TOKA_VALIDATOR). In libtoka.so the notes below expand to nothing and
+// the counting functions do not exist, so the library's exported interface
+// and its per-frame paths are exactly what they are without them.
+#ifndef TOKA_LOADER_INSPECT_H
+#define TOKA_LOADER_INSPECT_H
+
+#ifdef TOKA_VALIDATOR
+
+#include <vector>
+
+// The kinds of things a plugin can own, in the order a report lists them.
+enum TOKAInspectKind {
+  kInspectWindows,
+  kInspectDrawCallbacks,
+  kInspectKeySniffers,
+  kInspectHotKeys,
+  kInspectFlightLoops,
+  kInspectMenus,
+  kInspectMenuItems,
+  // The item of the Plugins menu that holds a plugin's top-level menu is the
+  // library's to withdraw at unload: the plugin never learns its index. The
+  // library keeps nothing that tells it from items the plugin appended there
+  // itself, so no item of the Plugins menu counts against the plugin at
+  // unload; after the clean-up, any that remains is the library's fault.
+  kInspectPluginsMenuItems,
+  kInspectCommandHandlers,
+  kInspectHeldCommands,
+  kInspectDataRefs,
+  kInspectSharedData,
+  kInspectProbes,
+  kInspectObjects,
+  kInspectPendingLoads,
+  kInspectCamera,
+  kInspectPlanes,
+  kInspectKindCount
+};
+
+// What still runs for a disabled plugin.
+enum TOKARunningKind {
+  kRunningFlightLoops,  // scheduled, though they are not called
+  kRunningWindows,      // visible
+  kRunningHotKeys,
+  kRunningKeySniffers,
+  kRunningKindCount
+};
+
+struct TOKAInspection {
+  int owned[kInspectKindCount] = {};
+  int running[kRunningKindCount] = {};
+};
+
+// "windows", "flight loops", ... as a report names them.
+const char* TOKAInspectKindName(int kind);
+const char* TOKARunningKindName(int kind);
+
+// Counts everything the plugin owns now.
+TOKAInspection TOKAInspectPlugin(int plugin);
+
+// The commands the plugin handles, in the order the library keeps them.
+std::vector<void*> TOKAPluginCommands(int plugin);
+
+// Each family counts its own records.
+void TOKAInspectDisplay(int plugin, TOKAInspection& out);
+void TOKAInspectFlightLoops(int plugin, TOKAInspection& out);
+void TOKAInspectMenus(int plugin, TOKAInspection& out);
+void TOKAInspectCommands(int plugin, TOKAInspection& out);
+void TOKAInspectDataRefs(int plugin, TOKAInspection& out);
+void TOKAInspectSharedData(int plugin, TOKAInspection& out);
+void TOKAInspectScenery(int plugin, TOKAInspection& out);
+void TOKAInspectCamera(int plugin, TOKAInspection& out);
+void TOKAInspectPlanes(int plugin, TOKAInspection& out);
+
+// Moments of a plugin's unloading at which the validator looks.
+enum TOKAInspectMoment {
+  kMomentStopped,    // its stop entry has returned (or it has none); nothing withdrawn yet
+  kMomentStopThrew,  // its stop entry threw; the library swallows that
+  kMomentCleaned,    // the library has withdrawn everything it owned
+};
+typedef void (*TOKAInspectObserver_f)(int moment, int plugin);
+void TOKASetInspectObserver(TOKAInspectObserver_f observer);
+void TOKANoteInspectMoment(int moment, int plugin);
+
+// The start entry's three buffers get a guard zone beyond the size the
+// plugin is promised; the validator is told whether the plugin wrote there.
+enum { kStartGuardSize = 64 };
+void TOKAFillStartGuards(char* name, char* signature, char* description);
+typedef void (*TOKAStartObserver_f)(const char* name, const char* signature,
+                                    const char* description, int overran);
+void TOKASetStartObserver(TOKAStartObserver_f observer);
+void TOKANoteStartTexts(const char* name, const char* signature, const char* description);
+
+// Handles: every handle a plugin gives the library is checked against the
+// live records of its kind before the call goes on as it always does. What
+// is wrong with it (null where that is not allowed, stale, of another kind,
+// never issued) is reported to the observer, naming the calling plugin and
+// the function; the host's own calls are not checked.
+enum TOKAHandleKind {
+  kHandleDataRef,
+  kHandleFlightLoop,
+  kHandleWindow,
+  kHandleHotKey,
+  kHandleMenu,
+  kHandleCommand,
+  kHandleProbe,
+  kHandleObject,
+  kHandleKindCount
+};
+typedef void (*TOKAHandleObserver_f)(int plugin, const char* function, const char* problem);
+void TOKASetHandleObserver(TOKAHandleObserver_f observer);
+void TOKACheckHandle(int kind, const void* handle, const char* function, bool nullAllowed);
+// Shared data is named rather than handed out: the name must be there.
+void TOKACheckSharedDataName(const char* name, const char* function);
+// A handle given out to the calling plugin, so that it can be told stale
+// later; a dataref the calling plugin stops serving.
+void TOKANoteIssuedHandle(int kind, const void* handle);
+void TOKANoteRetiredDataRef(const void* handle);
+// When a handle was first given out, counted over every kind: 0 for one
+// never given out. Handles sort by it the same way in every run, whatever
+// their addresses.
+long long TOKAIssueOrder(const void* handle);
+
+// Each family says whether a handle is one of its live records.
+bool TOKAIsLiveDataRef(const void* handle);
+bool TOKAIsLiveFlightLoop(const void* handle);
+bool TOKAIsLiveWindow(const void* handle);
+bool TOKAIsLiveHotKey(const void* handle);
+bool TOKAIsLiveMenu(const void* handle);
+bool TOKAIsLiveCommand(const void* handle);
+bool TOKAIsLiveProbe(const void* handle);
+bool TOKAIsLiveObject(const void* handle);
+
+// Cost: each plugin's calls into the interface, and the time spent while it
+// is the dispatched plugin (in its code, and in the library on its behalf),
+// since the library was loaded.
+struct TOKACost {
+  long long calls = 0;
+  double seconds = 0;
+};
+void TOKANoteCall();
+// The dispatched plugin changes: the time since the last change was from's.
+void TOKANoteDispatchSwitch(int from);
+TOKACost TOKAPluginCost(int plugin);
+
+#define TOKA_NOTE_CALL() TOKANoteCall()
+#define TOKA_NOTE_DISPATCH_SWITCH(from) TOKANoteDispatchSwitch(from)
+#define TOKA_CHECK_HANDLE(kind, handle) TOKACheckHandle(kind, handle, __func__, false)
+#define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) TOKACheckHandle(kind, handle, __func__, true)
+#define TOKA_CHECK_SHARED_DATA_NAME(name) TOKACheckSharedDataName(name, __func__)
+#define TOKA_NOTE_ISSUED(kind, handle) TOKANoteIssuedHandle(kind, handle)
+#define TOKA_NOTE_RETIRED_DATAREF(handle) TOKANoteRetiredDataRef(handle)
+#define TOKA_INSPECT_MOMENT(moment, plugin) TOKANoteInspectMoment(moment, plugin)
+#define TOKA_START_GUARD kStartGuardSize
+#define TOKA_INSPECT_BEFORE_START(n, s, d) TOKAFillStartGuards(n, s, d)
+#define TOKA_INSPECT_AFTER_START(n, s, d) TOKANoteStartTexts(n, s, d)
+
+#else
+
+#define TOKA_NOTE_CALL() ((void)0)
+#define TOKA_NOTE_DISPATCH_SWITCH(from) ((void)0)
+#define TOKA_CHECK_HANDLE(kind, handle) ((void)0)
+#define TOKA_CHECK_HANDLE_OR_NULL(kind, handle) ((void)0)
+#define TOKA_CHECK_SHARED_DATA_NAME(name) ((void)0)
+#define TOKA_NOTE_ISSUED(kind, handle) ((void)0)
+#define TOKA_NOTE_RETIRED_DATAREF(handle) ((void)0)
+#define TOKA_INSPECT_MOMENT(moment, plugin) ((void)0)
+#define TOKA_START_GUARD 0
+#define TOKA_INSPECT_BEFORE_START(n, s, d) ((void)0)
+#define TOKA_INSPECT_AFTER_START(n, s, d) ((void)0)
+
+#endif
+
+#endif

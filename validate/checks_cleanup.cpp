@@ -1,0 +1,123 @@
+// The cleanup check: what a plugin leaves behind. Its stop entry should have
+// withdrawn everything it made; its disable entry should have stopped
+// everything that runs on its own; and after the library's clean-up nothing
+// of it may remain, or the library is at fault.
+#include <stdexcept>
+
+#include "loader/inspect.h"
+#include "toka/TOKAPlugins.h"
+#include "validate/validate.h"
+#include "validate/world.h"
+
+namespace toka_validate {
+
+namespace {
+
+struct Seen {
+  int plugin = -1;
+  bool stopped = false, cleaned = false;
+  TOKAInspection atStop, afterCleanup;
+};
+Seen gSeen;
+
+void NoteMoment(int moment, int plugin) {
+  if (plugin != gSeen.plugin) return;
+  if (moment == kMomentStopped) {
+    gSeen.atStop = TOKAInspectPlugin(plugin);
+    gSeen.stopped = true;
+  } else if (moment == kMomentCleaned) {
+    gSeen.afterCleanup = TOKAInspectPlugin(plugin);
+    gSeen.cleaned = true;
+  }
+}
+
+// "windows 1, hot keys 2", or empty when every count is 0. A plugin is not
+// asked to withdraw the Plugins menu item of its top-level menu: it cannot,
+// and the library does.
+std::string Owned(const TOKAInspection& inspection, bool byThePlugin) {
+  std::string text;
+  for (int kind = 0; kind < kInspectKindCount; ++kind) {
+    if (!inspection.owned[kind] || (byThePlugin && kind == kInspectPluginsMenuItems)) continue;
+    if (!text.empty()) text += ", ";
+    text += std::string(TOKAInspectKindName(kind)) + " " + std::to_string(inspection.owned[kind]);
+  }
+  return text;
+}
+
+std::string Running(const TOKAInspection& inspection) {
+  std::string text;
+  for (int kind = 0; kind < kRunningKindCount; ++kind) {
+    if (!inspection.running[kind]) continue;
+    if (!text.empty()) text += ", ";
+    text += std::string(TOKARunningKindName(kind)) + " " + std::to_string(inspection.running[kind]);
+  }
+  return text;
+}
+
+void Add(CheckResult& result, Status status, const std::string& text) {
+  if (status == Status::Fail && result.status != Status::Fail) {
+    // A failure leads; what was said before follows it.
+    if (!result.reason.empty()) result.details.insert(result.details.begin(), result.reason);
+    result.status = Status::Fail;
+    result.reason = text;
+  } else if (result.reason.empty()) {
+    result.reason = text;
+  } else {
+    result.details.push_back(text);
+  }
+}
+
+}  // namespace
+
+void CheckCleanup(const CheckInput& input, CheckResult& result) {
+  int level = input.options.level;
+  World world(input.plugin, input.options.frames);
+  std::string what;
+  if (!Guarded([&] { world.Start(); }, what)) {
+    result.status = Status::Skip;
+    result.reason = "an exception escaped start-up (see entry-points): " + what;
+    return;
+  }
+  int id = world.PluginID();
+  if (id < 0) {
+    result.status = Status::Skip;
+    result.reason = world.NotLoaded();
+    return;
+  }
+  if (!TOKAIsPluginEnabled(id)) {
+    result.status = Status::Skip;
+    result.reason = "not enabled (see lifecycle)";
+    return;
+  }
+  gSeen.plugin = id;
+  TOKASetInspectObserver(NoteMoment);
+  TOKAInspection afterDisable;
+  if (!Guarded([&] {
+        TOKADisablePlugin(id);
+        afterDisable = TOKAInspectPlugin(id);
+        world.Stop();
+      }, what)) {
+    result.status = Status::Skip;
+    result.reason = "an exception escaped its disable or stop entry: " + what;
+    return;
+  }
+  std::string running = Running(afterDisable);
+  std::string left = Owned(gSeen.atStop, true);
+  std::string remains = Owned(gSeen.afterCleanup, false);
+  if (!left.empty())
+    Add(result, level >= 3 ? Status::Fail : Status::Pass,
+        std::string(level >= 3 ? "" : "warning: ") + "left to the library's clean-up at unload: " +
+            left);
+  if (!running.empty() && level >= 3)
+    Add(result, level >= 5 ? Status::Fail : Status::Pass,
+        std::string(level >= 5 ? "" : "warning: ") + "still running after its disable entry: " +
+            running);
+  if (!remains.empty())
+    Add(result, Status::Fail, "a fault of the library: its clean-up left " + remains);
+  if (!gSeen.stopped || !gSeen.cleaned)
+    Add(result, Status::Fail, "a fault of the library: the plugin was never unloaded");
+  if (result.reason.empty())
+    result.reason = "nothing left at unload, nothing running after disable";
+}
+
+}  // namespace toka_validate
