@@ -98,9 +98,9 @@ std::string ReadAll(int fd) {
   int null = open("/dev/null", O_WRONLY);
   if (null >= 0) dup2(null, STDOUT_FILENO);
   alarm(kCheckSeconds);
-  // Crash report: the fatal-signal handler that names the running plugin,
-  // the faulting module, the entry point and a backtrace is installed here,
-  // before any plugin code runs.
+  // CRASH REPORT: the fatal-signal handler that names the running plugin,
+  // the faulting module, the entry point and a backtrace (InstallCrashReport
+  // of host/crash.h) is to be installed here, before any plugin code runs.
   CheckResult result;
   result.plugin = input.plugin;
   result.check = check.name;
