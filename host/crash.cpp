@@ -47,6 +47,7 @@ void* gFrames[kMaxFrames];
 // Where a call into no module came from (StepOutOfBadCall), or 0.
 uintptr_t gCaller = 0;
 bool gInstalled = false;
+bool gEndBySignal = false;
 // The thread reporting, 0 while none is.
 long gReporter = 0;
 
@@ -344,6 +345,15 @@ void OnCrash(int signal, siginfo_t* info, void* context) {
   int count = CollectFrames(pc, first);
   ReportLibraryCall(count, first);
   ReportBacktrace(pc, count, first);
+  if (gEndBySignal) {
+    // The handler was reset on entry: the signal, raised again and let
+    // through, ends the process by its default action.
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, signal);
+    sigprocmask(SIG_UNBLOCK, &only, nullptr);
+    raise(signal);
+  }
   _exit(kCrashStatus);
 }
 
@@ -363,8 +373,9 @@ void InstallHandlers() {
 
 }  // namespace
 
-void InstallCrashReport(const char* program, const CrashReportLibrary& library) {
+void InstallCrashReport(const char* program, const CrashReportLibrary& library, bool endBySignal) {
   std::strncpy(gProgram, program, sizeof gProgram - 1);
+  gEndBySignal = endBySignal;
   Dl_info info;
   gLibraryBase = library.GetMyID && dladdr((void*)library.GetMyID, &info) ? info.dli_fbase : nullptr;
   gLibraryFunctions = library;

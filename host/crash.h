@@ -19,9 +19,11 @@ struct CrashReportLibrary {
 // Handles SIGSEGV, SIGBUS, SIGFPE, SIGILL and SIGABRT on a stack of their
 // own (so that a stack overflow is reported too): the report goes to
 // standard error, every line starting with "program: ", and the process
-// ends with kCrashStatus. Installs once; a later call only changes the
-// library the report asks.
-void InstallCrashReport(const char* program, const CrashReportLibrary& library);
+// ends with kCrashStatus, or, with endBySignal, by the signal itself (for a
+// parent that reads how its child ended). Installs once; a later call only
+// changes the library the report asks.
+void InstallCrashReport(const char* program, const CrashReportLibrary& library,
+                        bool endBySignal = false);
 
 }  // namespace toka_host
 

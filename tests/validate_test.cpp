@@ -83,6 +83,13 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
   std::string dir = TOKA_BROKEN_DIR;
   ProgramRun run = Validate("--seed 1 --frames 20 '" + dir + "'");
   EXPECT_EQ(7, run.status) << run.out << run.err;
+  // The crash's own report, from the check's process: the plugin whose draw
+  // callback faulted, inside the drawing hook.
+  ExpectInOrder(run.err, {"toka-validate: crashed: SIGSEGV (invalid memory access) at address 0x0\n"
+                          "toka-validate: faulting code: /",
+                          "/Resources/plugins/draw_null.orv (",
+                          "\"Draws through null\" toka.broken.draw-null\n",
+                          "the signal came): TOKADoDrawingHook\n"});
   std::vector<std::string> failures = {
       "FAIL lifecycle " + dir + "/draw_null.orv: killed by signal SIGSEGV (Segmentation fault)",
       "FAIL entry-points " + dir + "/duplicate_signature.orv: its signature "
