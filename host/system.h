@@ -13,6 +13,9 @@ void ResetSystem();
 std::string PrefsFolder();  // root + "Output/preferences/", created on demand
 std::string ResolveUnderRoot(const std::string& path);
 void* FindHostSymbol(const std::string& name);
+// Whether path is a folder, or a regular file (links followed).
+bool IsFolder(const std::string& path);
+bool IsFile(const std::string& path);
 
 struct RecordedInput {
   int slot;

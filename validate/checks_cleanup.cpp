@@ -72,18 +72,8 @@ void Add(CheckResult& result, Status status, const std::string& text) {
 void CheckCleanup(const CheckInput& input, CheckResult& result) {
   int level = input.options.level;
   World world(input.plugin, input.options.frames);
-  std::string what;
-  if (!Guarded([&] { world.Start(); }, what)) {
-    result.status = Status::Skip;
-    result.reason = "an exception escaped start-up (see entry-points): " + what;
-    return;
-  }
-  int id = world.PluginID();
-  if (id < 0) {
-    result.status = Status::Skip;
-    result.reason = world.NotLoaded();
-    return;
-  }
+  int id;
+  if (!StartOrSkip(world, result, id)) return;
   if (!TOKAIsPluginEnabled(id)) {
     result.status = Status::Skip;
     result.reason = "not enabled (see lifecycle)";
@@ -92,6 +82,7 @@ void CheckCleanup(const CheckInput& input, CheckResult& result) {
   gSeen.plugin = id;
   TOKASetInspectObserver(NoteMoment);
   TOKAInspection afterDisable;
+  std::string what;
   if (!Guarded([&] {
         TOKADisablePlugin(id);
         afterDisable = TOKAInspectPlugin(id);

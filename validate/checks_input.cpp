@@ -210,21 +210,12 @@ void CheckExercisedInput(const CheckInput& input, CheckResult& result) {
   World world(input.plugin, input.options.frames);
   world.AddFile(kAircraft);
   world.AddFolder(kScenery);
-  std::string what;
-  if (!Guarded([&] { world.Start(); }, what)) {
-    result.status = Status::Skip;
-    result.reason = "an exception escaped start-up (see entry-points): " + what;
-    return;
-  }
-  int id = world.PluginID();
-  if (id < 0) {
-    result.status = Status::Skip;
-    result.reason = world.NotLoaded();
-    return;
-  }
+  int id;
+  if (!StartOrSkip(world, result, id)) return;
   int perFrame = LevelSettings(input.options.level).actions;
   Exerciser exerciser{random, id, {}, {}, false};
   int frame = 0;
+  std::string what;
   bool ran = Guarded([&] {
     for (frame = 1; frame <= input.options.frames; ++frame) {
       for (int i = 0; i < perFrame; ++i) exerciser.Act();

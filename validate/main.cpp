@@ -7,23 +7,17 @@
 #include <cstring>
 #include <dirent.h>
 #include <fstream>
-#include <sys/stat.h>
 
+#include "host/system.h"
 #include "validate/validate.h"
 
 namespace toka_validate {
 
 namespace {
 
-bool IsFolder(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
+using toka_host::IsFile;
+using toka_host::IsFolder;
 
-bool IsFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
 
 bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;

@@ -172,6 +172,20 @@ bool Guarded(const std::function<void()>& body, std::string& what) {
   return false;
 }
 
+bool StartOrSkip(World& world, CheckResult& result, int& id) {
+  std::string what;
+  if (!Guarded([&] { world.Start(); }, what)) {
+    result.status = Status::Skip;
+    result.reason = "an exception escaped start-up (see entry-points): " + what;
+    return false;
+  }
+  id = world.PluginID();
+  if (id >= 0) return true;
+  result.status = Status::Skip;
+  result.reason = world.NotLoaded();
+  return false;
+}
+
 }  // namespace toka_validate
 
 namespace toka_host {

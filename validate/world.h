@@ -77,6 +77,11 @@ bool RunThroughLife(World& world, int frames, CheckResult& result, const FrameWa
 // WorldError goes on to the check's process, which reports it.
 bool Guarded(const std::function<void()>& body, std::string& what);
 
+// Starts the world of a check that needs its plugin running: false, with
+// the check skipped and the reason, when start-up threw (the entry-points
+// check's finding) or the plugin was not loaded; else the plugin's ID.
+bool StartOrSkip(World& world, CheckResult& result, int& id);
+
 
 
 }  // namespace toka_validate

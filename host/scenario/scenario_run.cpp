@@ -63,16 +63,6 @@ void Fail(const ScenarioStep& step, const std::string& expected, const std::stri
 
 int LogLines() { return (int)std::count(HostLog().begin(), HostLog().end(), '\n'); }
 
-bool IsFolder(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-bool IsFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
-
 // ---- plugins ---------------------------------------------------------------
 
 // By name or signature; the newest record when several match.

@@ -43,11 +43,6 @@ HostObject* Known(TOKAObjectRef ref) {
   return nullptr;
 }
 
-bool IsFile(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
-}
-
 // Every file below folder (which ends in "/"), sorted; symbolic links to
 // folders are not followed, so a loop in the tree cannot hold the host up.
 void CollectFiles(const std::string& folder, std::vector<std::string>& files) {
