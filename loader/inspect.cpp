@@ -1,5 +1,5 @@
-// The validator's view of what each plugin owns (see inspect.h). Empty in
-// libtoka.so.
+// toka-validate's view of what each plugin owns, what it costs and what its
+// start entry wrote. Compiled only into toka-validate's copy of the library.
 #ifdef TOKA_VALIDATOR
 
 #include "loader/inspect.h"
@@ -123,17 +123,17 @@ void TOKANoteInspectMoment(int moment, int plugin) {
 // The guard is a byte a text never ends in, and ends in a zero, so that a
 // text that runs into it still ends somewhere the library may read.
 static const char kGuardByte = (char)0xA5;
-static const int kPromisedSize = 256;
+static const int kBufferSize = 256;  // what each start buffer holds
 
 static void FillGuard(char* buffer) {
-  std::memset(buffer + kPromisedSize, kGuardByte, kStartGuardSize - 1);
-  buffer[kPromisedSize + kStartGuardSize - 1] = 0;
+  std::memset(buffer + kBufferSize, kGuardByte, kStartGuardSize - 1);
+  buffer[kBufferSize + kStartGuardSize - 1] = 0;
 }
 
 static bool GuardTouched(const char* buffer) {
-  if (std::memchr(buffer, 0, kPromisedSize) == nullptr) return true;
+  if (std::memchr(buffer, 0, kBufferSize) == nullptr) return true;
   for (int i = 0; i < kStartGuardSize - 1; ++i)
-    if (buffer[kPromisedSize + i] != kGuardByte) return true;
+    if (buffer[kBufferSize + i] != kGuardByte) return true;
   return false;
 }
 

@@ -1,8 +1,8 @@
-// What each plugin owns, kind by kind, the moments of its life at which a
-// validator looks, and the checks of the handles plugins pass: compiled into toka-validate's own copy of the library
-// only (TOKA_VALIDATOR). In libtoka.so the notes below expand to nothing and
-// the counting functions do not exist, so the library's exported interface
-// and its per-frame paths are exactly what they are without them.
+// What each plugin owns, kind by kind, the moments of its life at which
+// toka-validate looks, and the checks of the handles plugins pass. Compiled
+// into toka-validate's own copy of the library only (TOKA_VALIDATOR): in
+// libtoka.so the notes below expand to nothing and the counting functions do
+// not exist, so its exported functions and per-frame paths stay as they are.
 #ifndef TOKA_LOADER_INSPECT_H
 #define TOKA_LOADER_INSPECT_H
 
@@ -82,8 +82,8 @@ typedef void (*TOKAInspectObserver_f)(int moment, int plugin);
 void TOKASetInspectObserver(TOKAInspectObserver_f observer);
 void TOKANoteInspectMoment(int moment, int plugin);
 
-// The start entry's three buffers get a guard zone beyond the size the
-// plugin is promised; the validator is told whether the plugin wrote there.
+// The start entry's three buffers get a guard zone beyond their 256 bytes;
+// the validator is told whether the plugin wrote there.
 enum { kStartGuardSize = 64 };
 void TOKAFillStartGuards(char* name, char* signature, char* description);
 typedef void (*TOKAStartObserver_f)(const char* name, const char* signature,
@@ -131,9 +131,9 @@ bool TOKAIsLiveCommand(const void* handle);
 bool TOKAIsLiveProbe(const void* handle);
 bool TOKAIsLiveObject(const void* handle);
 
-// Cost: each plugin's calls into the interface, and the time spent while it
-// is the dispatched plugin (in its code, and in the library on its behalf),
-// since the library was loaded.
+// Cost: each plugin's calls of the library's exported functions, and the
+// time spent while it is the dispatched plugin (in its code, and in the
+// library on its behalf), since the library was loaded.
 struct TOKACost {
   long long calls = 0;
   double seconds = 0;
