@@ -90,18 +90,20 @@ std::string HostUsage() {
          "active, with a backtrace, and exits with status 102.\n";
 }
 
+bool OptionValue(int argc, char** argv, int& i, std::string& out, std::string& error) {
+  if (i + 1 >= argc) {
+    error = std::string(argv[i]) + " needs a value";
+    return false;
+  }
+  out = argv[++i];
+  return true;
+}
+
 bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error) {
   double seconds = -1;
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
-    auto value = [&](std::string& out) {
-      if (i + 1 >= argc) {
-        error = arg + " needs a value";
-        return false;
-      }
-      out = argv[++i];
-      return true;
-    };
+    auto value = [&](std::string& out) { return OptionValue(argc, argv, i, out, error); };
     std::string text;
     HostConfig& config = options.config;
     // The options without a value.

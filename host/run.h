@@ -39,6 +39,9 @@ constexpr int kMaxFailureStatus = 100;
 constexpr int kCrashStatus = 102;
 
 std::string HostUsage();
+// The value after the option argv[i], into out, with i moved onto it; false
+// with "<option> needs a value" when the option ends the command line.
+bool OptionValue(int argc, char** argv, int& i, std::string& out, std::string& error);
 // False with a reason for options that do not make sense.
 bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error);
 // Reads the scenario file, if any, and sets the length of a run that was not

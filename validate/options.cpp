@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "host/run.h"
 #include "validate/validate.h"
 
 namespace toka_validate {
@@ -95,12 +96,7 @@ bool ParseOptions(int argc, char** argv, Options& options, std::string& error) {
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
     auto value = [&](std::string& out) {
-      if (i + 1 >= argc) {
-        error = arg + " needs a value";
-        return false;
-      }
-      out = argv[++i];
-      return true;
+      return toka_host::OptionValue(argc, argv, i, out, error);
     };
     auto number = [&](long long low, long long high, int& out) {
       std::string text;
