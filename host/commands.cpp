@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/config.h"
+#include "host/flightgear/flightgear.h"
 #include "host/library.h"
 #include "host/output.h"
 #include "host/services.h"
@@ -57,6 +58,7 @@ void Dispatch(HostCommand* command, int isBegin, int isEnd) {
 // ---- the host's own commands -----------------------------------------------
 
 void TogglePause() {
+  FlightGearCommand("pause");
   gPaused = !gPaused;
   HostPrint(gPaused ? "[sim] paused\n" : "[sim] running\n");
   QueueEvent(13, gPaused ? 1 : 0);
@@ -64,6 +66,7 @@ void TogglePause() {
 
 void Quit() {
   HostPrint("[sim] quit\n");
+  FlightGearCommand("quit");
   gQuitRequested = true;
 }
 

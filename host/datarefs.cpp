@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "host/config.h"
+#include "host/flightgear/flightgear.h"
 #include "host/world/aircraft.h"
 #include "host/world/world.h"
 
@@ -34,6 +35,14 @@ enum Field {
   kLocalX,
   kLocalY,
   kLocalZ,
+  kPitch,
+  kRoll,
+  kIndicatedAirspeed,
+  kVerticalSpeed,
+  kEngineRpm,
+  kThrottle,
+  kYokePitch,
+  kYokeRoll,
 };
 
 // The user's position in the local frame, one axis at a time.
@@ -55,9 +64,16 @@ double ReadDouble(void* refcon) {
     case kLongitude: return user.longitude;
     case kElevation: return user.elevation;
     case kHeading: return user.heading;
-    // No wind blows in this world: the air moves with the ground.
-    case kGroundSpeed:
-    case kTrueAirspeed: return user.groundSpeed;
+    case kGroundSpeed: return user.groundSpeed;
+    case kTrueAirspeed: return user.trueAirspeed;
+    case kPitch: return user.pitch;
+    case kRoll: return user.roll;
+    case kIndicatedAirspeed: return user.indicatedAirspeed;
+    case kVerticalSpeed: return user.verticalSpeed;
+    case kEngineRpm: return user.engineRpm;
+    case kThrottle: return user.throttle;
+    case kYokePitch: return user.yokePitch;
+    case kYokeRoll: return user.yokeRoll;
     case kLocalX:
     case kLocalY:
     case kLocalZ: return LocalAxis(user, FieldOf(refcon));
@@ -67,13 +83,26 @@ double ReadDouble(void* refcon) {
 
 float ReadFloat(void* refcon) { return (float)ReadDouble(refcon); }
 
+// In the flightgear world a write goes on to FlightGear too.
 void WriteDouble(void* refcon, double value) {
   Aircraft& user = gAircraft[0];
   switch (FieldOf(refcon)) {
-    case kLatitude: user.latitude = std::max(-89.9, std::min(89.9, value)); break;
-    case kLongitude: user.longitude = value; break;
-    case kElevation: user.elevation = value; break;
-    case kHeading: user.heading = (float)value; break;
+    case kLatitude:
+      user.latitude = std::max(-89.9, std::min(89.9, value));
+      WriteToFlightGear(kFgLatitude, user.latitude);
+      break;
+    case kLongitude: WriteToFlightGear(kFgLongitude, user.longitude = value); break;
+    case kElevation: WriteToFlightGear(kFgAltitude, user.elevation = value); break;
+    case kHeading: WriteToFlightGear(kFgHeading, user.heading = (float)value); break;
+    case kThrottle:
+      WriteToFlightGear(kFgThrottle, user.throttle = (float)std::max(0.0, std::min(1.0, value)));
+      break;
+    case kYokePitch:
+      WriteToFlightGear(kFgYokePitch, user.yokePitch = (float)std::max(-1.0, std::min(1.0, value)));
+      break;
+    case kYokeRoll:
+      WriteToFlightGear(kFgYokeRoll, user.yokeRoll = (float)std::max(-1.0, std::min(1.0, value)));
+      break;
     default: break;
   }
 }
@@ -94,6 +123,7 @@ void WriteInt(void* refcon, int value) {
       if (gPaused != (value != 0)) {
         gPaused = value != 0;
         QueueEvent(13, gPaused ? 1 : 0);
+        WriteToFlightGear(kFgFrozen, gPaused ? 1 : 0);
       }
       break;
     case kNav1Frequency: gNav1Frequency = value; break;
@@ -152,6 +182,14 @@ const NumberDataRef kNumberDataRefs[] = {
     {"sim/flightmodel/position/local_x", kFloat | kDouble, 0, kLocalX},
     {"sim/flightmodel/position/local_y", kFloat | kDouble, 0, kLocalY},
     {"sim/flightmodel/position/local_z", kFloat | kDouble, 0, kLocalZ},
+    {"sim/flightmodel/position/pitch", kFloat | kDouble, 0, kPitch},
+    {"sim/flightmodel/position/roll", kFloat | kDouble, 0, kRoll},
+    {"sim/flightmodel/position/indicated_airspeed", kFloat | kDouble, 0, kIndicatedAirspeed},
+    {"sim/flightmodel/position/vertical_speed", kFloat | kDouble, 0, kVerticalSpeed},
+    {"sim/flightmodel/engine/rpm", kFloat | kDouble, 0, kEngineRpm},
+    {"sim/cockpit/controls/throttle", kFloat | kDouble, 1, kThrottle},
+    {"sim/cockpit/controls/yoke_pitch", kFloat | kDouble, 1, kYokePitch},
+    {"sim/cockpit/controls/yoke_roll", kFloat | kDouble, 1, kYokeRoll},
 };
 
 }  // namespace

@@ -39,6 +39,7 @@ namespace {
 
 HostOptions gOptions;
 FILE* gTrace = nullptr;
+std::string gWorldFailure;
 
 void CloseTrace() {
   TraceServicesTo(nullptr);
@@ -96,6 +97,14 @@ bool StartHost(const HostOptions& options, std::string& error) {
     StopRendering();
   }
   ResetWorld(options.config);
+  gWorldFailure.clear();
+  // The user's aircraft comes from FlightGear before any plugin starts.
+  if (options.flightgear.enabled) {
+    const Airport* airport = FindAirport(gConfig.airport);
+    if (!ConnectFlightGear(options.flightgear, gConfig.airport, airport ? airport->runwayHeading : 0,
+                           error))
+      return false;
+  }
   if (!LoadHostLibrary(options.library, error)) return false;
   if (options.libraryLoaded) options.libraryLoaded();
   if (!options.trace.empty()) {
@@ -127,8 +136,13 @@ bool StartHost(const HostOptions& options, std::string& error) {
 void RunFrame() {
   ++gFrame;
   NoteFrameStart();
-  gRunningTime += gConfig.step;
-  if (!gPaused) gFlightTime += gConfig.step;
+  // FlightGear's clock is the world's there; else each frame is one step.
+  if (FlightGearWorld()) {
+    if (!UpdateFromFlightGear(gWorldFailure)) return;
+  } else {
+    gRunningTime += gConfig.step;
+    if (!gPaused) gFlightTime += gConfig.step;
+  }
   // What the previous frame asked for arrives first.
   CompletePendingObjectLoads();
   SendQueuedEvents();
@@ -154,7 +168,10 @@ void RunFrame() {
   DrawMenuBar();
   EndFrame();
   RunScenarioChecks(gFrame);
+  if (FlightGearWorld()) SendWritesToFlightGear(gWorldFailure);
 }
+
+const std::string& WorldFailure() { return gWorldFailure; }
 
 void StopHost() {
   if (gOptions.printMenus) HostPrint(MenuTreeText());
@@ -164,6 +181,7 @@ void StopHost() {
   // Loads still under way belong to plugins that are gone now; finishing
   // them lets the library undo them.
   CompletePendingObjectLoads();
+  StopFlightGear();
   CloseTrace();
 }
 
@@ -230,6 +248,8 @@ int RunHost(const HostOptions& options) {
   }
   if (!StartHost(options, error)) {
     std::fprintf(stderr, "toka-host: %s\n", error.c_str());
+    // A library that could not be used leaves a FlightGear already started.
+    StopFlightGear();
     CloseTrace();
     CloseWindow();
     return kCannotRunStatus;
@@ -238,18 +258,22 @@ int RunHost(const HostOptions& options) {
   // Steps of frame 0 see the plugins just started.
   RunScenarioActions(0);
   RunScenarioChecks(0);
-  Pacer pacer(options.window || options.watch);
+  Pacer pacer(options.window || options.watch || options.flightgear.enabled);
   for (int frame = 0; frame < options.frames && !RunEndRequested(); ++frame) {
     pacer.WaitForFrame(frame);
     if (options.window) TakeWindowInput();
     RunFrame();
+    if (!gWorldFailure.empty()) break;
     if (options.window) ShowFrame();
     if (options.watch) ReloadRebuiltPlugins();
   }
+  // A world that failed is one failed step more, after those it left unreached.
+  bool worldFailed = !gWorldFailure.empty();
+  if (worldFailed) std::fprintf(stderr, "toka-host: %s\n", gWorldFailure.c_str());
   FinishScenario(gFrame);
   StopHost();
   CloseWindow();
-  int failures = ScenarioFailures(), steps = ScenarioStepCount();
+  int failures = ScenarioFailures() + worldFailed, steps = ScenarioStepCount() + worldFailed;
   if (failures)
     std::fprintf(stderr, "toka-host: %d of %d steps failed\n", failures, steps);
   else if (steps)

@@ -41,6 +41,15 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "toka-host: %s\n\n%s", error.c_str(), toka_host::HostUsage().c_str());
     return toka_host::kCannotRunStatus;
   }
+  if (options.printFlightGearOptions) {
+    std::string text;
+    if (!toka_host::FlightGearOptionsText(text, error)) {
+      std::fprintf(stderr, "toka-host: %s\n", error.c_str());
+      return toka_host::kCannotRunStatus;
+    }
+    std::fputs(text.c_str(), stdout);
+    return 0;
+  }
   if (!toka_host::LoadScenario(options, error)) {
     std::fprintf(stderr, "%s\n", error.c_str());
     return toka_host::kCannotRunStatus;

@@ -54,7 +54,9 @@ std::string HostUsage() {
          "  --airport ICAO          where the flight starts: KSEA, KBFI, KPAE, KOLM or CYVR\n"
          "                          (default: KSEA)\n"
          "  --aircraft PATH         the user's aircraft model, below the root\n"
-         "                          (default: Aircraft/Trainer/trainer.acf)\n"
+         "                          (default: Aircraft/Trainer/trainer.acf); FlightGear\n"
+         "                          flies the aircraft of the file's name without its\n"
+         "                          extension (default: c172p)\n"
          "  --traffic N             number of other aircraft (default: 2)\n"
          "  --ground-elevation M    elevation of the flat ground in metres (default: 0)\n"
          "  --terrain-extent M      distance from the airport beyond which terrain probes\n"
@@ -82,6 +84,18 @@ std::string HostUsage() {
          "                          (at most 100), 101 when the run cannot start\n"
          "  --at FRAME:STEP         one scenario step at a frame (may be repeated), for\n"
          "                          example --at '10:key P' or '20:menu \"Sim/Pause\"'\n"
+         "  --world builtin|flightgear[=HOST:PORT]\n"
+         "                          the world the plugins fly in: the host's own (builtin,\n"
+         "                          the default), or a FlightGear the host starts, or the\n"
+         "                          one whose property server is at HOST:PORT, started\n"
+         "                          with the options --flightgear-options prints; its\n"
+         "                          frames are paced in real time on FlightGear's clock\n"
+         "  --flightgear-args ARGS  more options for the FlightGear the host starts\n"
+         "  --flightgear-timeout S  how long to wait for it to fly (default: 300)\n"
+         "  --flightgear-log FILE   its output (default: a file in $TMPDIR or /tmp, named\n"
+         "                          in the host's log)\n"
+         "  --flightgear-options    print the options a FlightGear started by hand needs\n"
+         "                          for --world flightgear=localhost:5401, and exit\n"
          "  --help                  show this text\n"
          "\n"
          "A run that crashes (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT) prints a crash\n"
@@ -101,6 +115,7 @@ bool OptionValue(int argc, char** argv, int& i, std::string& out, std::string& e
 
 bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& error) {
   double seconds = -1;
+  bool aircraftGiven = false;
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
     auto value = [&](std::string& out) { return OptionValue(argc, argv, i, out, error); };
@@ -110,6 +125,7 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     bool* flag = arg == "--print-menus" ? &options.printMenus
                  : arg == "--window"    ? &options.window
                  : arg == "--watch"     ? &options.watch
+                 : arg == "--flightgear-options" ? &options.printFlightGearOptions
                                         : nullptr;
     if (flag) {
       *flag = true;
@@ -140,6 +156,7 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     } else if (arg == "--aircraft") {
       good = !text.empty();
       config.userAircraft = text;
+      aircraftGiven = true;
     } else if (arg == "--traffic") {
       good = ToInt(text, config.otherAircraft) && config.otherAircraft >= 0 &&
              config.otherAircraft <= 64;
@@ -147,6 +164,19 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
       good = ToDouble(text, config.groundElevation);
     } else if (arg == "--terrain-extent") {
       good = ToDouble(text, config.terrainExtent) && config.terrainExtent > 0;
+    } else if (arg == "--world") {
+      FlightGearOptions& flightgear = options.flightgear;
+      flightgear.enabled = text.compare(0, 10, "flightgear") == 0;
+      flightgear.address = text.size() > 11 ? text.substr(11) : "";
+      good = text == "builtin" || text == "flightgear" ||
+             (flightgear.enabled && text[10] == '=' && text.find(':') != std::string::npos);
+    } else if (arg == "--flightgear-args") {
+      options.flightgear.arguments = text;
+    } else if (arg == "--flightgear-timeout") {
+      good = ToDouble(text, options.flightgear.startSeconds) && options.flightgear.startSeconds > 0;
+    } else if (arg == "--flightgear-log") {
+      good = !text.empty();
+      options.flightgear.log = text;
     } else if (arg == "--trace") {
       options.trace = text;
     } else if (arg == "--screenshot") {
@@ -182,6 +212,11 @@ bool ParseHostOptions(int argc, char** argv, HostOptions& options, std::string& 
     }
   }
   if (seconds >= 0) options.frames = (int)std::ceil(seconds / options.config.step - 1e-9);
+  if (aircraftGiven) {
+    // FlightGear names its aircraft by their folder: the model file's name.
+    std::string name = options.config.userAircraft.substr(options.config.userAircraft.rfind('/') + 1);
+    options.flightgear.aircraft = name.substr(0, name.rfind('.'));
+  }
   return true;
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/config.h"
+#include "host/flightgear/flightgear.h"
 #include "host/scenario/scenario.h"
 
 namespace toka_host {
@@ -25,6 +26,8 @@ struct HostOptions {
   bool printMenus = false;
   std::string scenario;    // the scenario file, or none
   std::vector<ScenarioStep> steps;  // its steps, then those of --at
+  FlightGearOptions flightgear;     // --world flightgear
+  bool printFlightGearOptions = false;
   // Called once the library is loaded, before it starts the plugins: the
   // program's crash report learns the library's functions there.
   void (*libraryLoaded)() = nullptr;
@@ -59,6 +62,9 @@ void ResetWorld(const HostConfig& config);
 // cannot be used.
 bool StartHost(const HostOptions& options, std::string& error);
 void RunFrame();
+// Why the world cannot go on (FlightGear exited or stopped answering), or
+// empty while it can; a frame that finds it so does nothing else.
+const std::string& WorldFailure();
 void StopHost();
 // SIGINT and SIGTERM end a run as its last frame would: the frame under way
 // finishes, then the plugins are stopped and everything written is complete.

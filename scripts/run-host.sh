@@ -40,7 +40,10 @@ for scenario in "${scenarios[@]}"; do
   mkdir -p "$(dirname "$picture")"
   echo "== $scenario"
   status=0
-  "${host[@]}" --scenario "$scenario" --screenshot "$picture" "$@" || status=$?
+  # A scenario that flies in FlightGear says so on its first line.
+  world=()
+  [ "$(head -n 1 "$scenario")" = "# world: flightgear" ] && world=(--world flightgear)
+  "${host[@]}" "${world[@]}" --scenario "$scenario" --screenshot "$picture" "$@" || status=$?
   [ -f "$picture" ] && echo "screenshot: $picture"
   [ "$status" -eq 0 ] || failed=1
 done

@@ -20,6 +20,10 @@ packages=(g++-multilib cmake make binutils pkg-config libstb-dev nlohmann-json3-
   libegl-dev libgl-dev libegl-mesa0 libgl1-mesa-dri libglfw3-dev
   libegl-dev:i386 libgl-dev:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libglfw3-dev:i386
   xvfb xauth xdotool)
+# toka-host's flightgear world starts FlightGear (about 3 GB), under a virtual
+# display and a session bus of its own (dbus-run-session), without which it
+# aborts.
+packages+=(flightgear dbus)
 # The fuzzer (scripts/fuzz.sh) builds with clang and its libFuzzer, for the
 # machine's own architecture only: it runs on x86-64 machines.
 [ "$(dpkg --print-architecture)" = amd64 ] && packages+=(clang libclang-rt-dev)

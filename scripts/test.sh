@@ -4,7 +4,8 @@
 # where leaks fail the test), and runs the whole suite in each build; then
 # installs both architectures side by side and builds and runs the plugin
 # template against each; after the 64-bit builds it runs the fuzzer for two
-# minutes (scripts/fuzz.sh). Exits non-zero on any failure.
+# minutes (scripts/fuzz.sh) and flies a real FlightGear with the 64-bit
+# host. Exits non-zero on any failure.
 #
 #   bash scripts/test.sh [32|64]     (default: both architectures)
 set -euo pipefail
@@ -71,6 +72,20 @@ if [[ " ${archs[*]} " == *" 64 "* ]]; then
     failed=$((failed + 1))
     overall=1
   fi
+fi
+
+# FlightGear itself, once, with the native 64-bit host: the heading hold's
+# scenario and a bank of the yoke (a few minutes: FlightGear starts twice).
+if [[ " ${archs[*]} " == *" 64 "* ]]; then
+  echo "== FlightGear: the live world =="
+  start=$SECONDS
+  if TOKA_FLIGHTGEAR_TESTS=1 build/plain64/tests/host_flightgear_test --gtest_filter='FlightGearLive.*'; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    overall=1
+  fi
+  echo "== FlightGear: $((SECONDS - start)) s =="
 fi
 
 echo "== install: ${builds[*]} side by side =="

@@ -158,7 +158,7 @@ TEST(ValidateExamples, EveryExamplePassesEveryCheckAtTheStrictestLevel) {
   EXPECT_EQ(0, run.status) << run.out << run.err;
   EXPECT_TRUE(Lines(run.out, "FAIL").empty()) << run.out;
   EXPECT_TRUE(Lines(run.out, "SKIP").empty()) << run.out;
-  EXPECT_EQ(8u * 6u, Lines(run.out, "PASS").size()) << run.out;
+  EXPECT_EQ(9u * 6u, Lines(run.out, "PASS").size()) << run.out;
   // The input reaches what each plugin offers: the commands example's menu
   // and command, the gauge's writable dataref.
   ExpectInOrder(run.out, {"PASS input ", "/commands.orv: 240 frames: ", " commands begun, ",

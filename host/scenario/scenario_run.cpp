@@ -13,6 +13,7 @@
 
 #include "host/commands.h"
 #include "host/config.h"
+#include "host/flightgear/flightgear.h"
 #include "host/keys.h"
 #include "host/library.h"
 #include "host/menus.h"
@@ -287,6 +288,9 @@ void Act(const ScenarioStep& step) {
     case StepKind::Command: RunCommand(step); break;
     case StepKind::SetDataRef: SetDataRef(step); break;
     case StepKind::AircraftLoad: {
+      if (FlightGearWorld())
+        return Fail(step, "an aircraft model loaded",
+                    "FlightGear flies its own aircraft: choose it with --aircraft when it starts");
       std::string path = ResolveUnderRoot(step.name);
       if (!IsFile(path)) return Fail(step, "an aircraft model " + path, "no such file");
       LoadAircraftModel(0, path);

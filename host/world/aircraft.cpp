@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "host/config.h"
+#include "host/flightgear/flightgear.h"
 #include "host/library.h"
 #include "host/output.h"
 #include "host/services.h"
@@ -44,6 +45,7 @@ const char* const kTrafficModels[] = {
 // Flight state of the user's aircraft when a flight starts or is reset.
 constexpr double kUserHeightAboveGround = 500;
 constexpr float kUserSpeed = 60;
+constexpr float kCruiseRpm = 2400, kCruiseThrottle = 0.75f, kIdleRpm = 700;
 // Traffic circles the airport, each aircraft on a wider and higher circle.
 constexpr float kTrafficSpeed = 50;
 
@@ -83,6 +85,10 @@ void PlaceUserInFlightOver(const Airport& airport) {
   user.elevation = gConfig.groundElevation + kUserHeightAboveGround;
   user.heading = airport.runwayHeading;
   user.groundSpeed = kUserSpeed;
+  // No wind blows in this world: the air moves with the ground.
+  user.trueAirspeed = user.indicatedAirspeed = kUserSpeed;
+  user.engineRpm = kCruiseRpm;
+  user.throttle = kCruiseThrottle;
   user.turnRate = 0;
 }
 
@@ -131,12 +137,25 @@ void PlaceUserAtAirport(const char* code) {
   // The local frame follows the user, as the simulator's does, so that local
   // coordinates stay small; the airport-loaded event tells plugins so.
   SetLocalOrigin(airport->latitude, airport->longitude);
+  if (FlightGearWorld()) {
+    // FlightGear's aircraft cannot be set down on a runway at speed: it
+    // flies on over the airport, as a flight that starts there does.
+    FlightGearAirport(airport->latitude, airport->longitude,
+                      airport->elevation + kUserHeightAboveGround, airport->runwayHeading);
+    PlaceTrafficAround(*airport);
+    HostPrint(std::string("[aircraft] flying over ") + airport->id + " " + airport->name + "\n");
+    QueueEvent(1, 0);
+    QueueEvent(4, 0);
+    return;
+  }
   Aircraft& user = gAircraft[0];
   user.latitude = airport->latitude;
   user.longitude = airport->longitude;
   user.elevation = gConfig.groundElevation;
   user.heading = airport->runwayHeading;
-  user.groundSpeed = 0;
+  user.groundSpeed = user.trueAirspeed = user.indicatedAirspeed = 0;
+  user.engineRpm = kIdleRpm;
+  user.throttle = 0;
   user.turnRate = 0;
   PlaceTrafficAround(*airport);
   HostPrint(std::string("[aircraft] placed at ") + airport->id + " " + airport->name + "\n");
@@ -176,6 +195,7 @@ void PlaceAircraftAtStart() {
 void MoveAircraft(double seconds) {
   for (Aircraft& plane : gAircraft) {
     if (plane.aiDisabled || !plane.active) continue;
+    if (&plane == &gAircraft[0] && FlightGearWorld()) continue;  // FlightGear flies it
     // Turn half the step, move along the mean heading, turn the rest: a
     // circle stays a circle however long the run.
     double heading = plane.heading + plane.turnRate * seconds / 2;
@@ -237,6 +257,8 @@ void UpdateTrafficFromPlugins() {
 }
 
 void CheckForCrash() {
+  // FlightGear has crashes of its own.
+  if (FlightGearWorld()) return;
   Aircraft& user = gAircraft[0];
   if (user.elevation >= gConfig.groundElevation - 0.5) return;
   // Below the ground (a plugin wrote the elevation): the flight ends and
@@ -262,7 +284,12 @@ void UpdateCamera() {
 }
 
 void ResetFlight() {
-  PlaceAircraftAtStart();
+  if (FlightGearWorld()) {
+    PlaceTrafficAround(StartAirport());
+    FlightGearCommand("reset");
+  } else {
+    PlaceAircraftAtStart();
+  }
   QueueEvent(1, 0);
 }
 

@@ -13,6 +13,11 @@ struct Aircraft {
   double latitude = 0, longitude = 0, elevation = 0;  // degrees, metres
   float heading = 0;      // degrees true
   float groundSpeed = 0;  // metres per second
+  float pitch = 0, roll = 0;  // degrees, nose up and right wing down positive
+  float trueAirspeed = 0, indicatedAirspeed = 0, verticalSpeed = 0;  // metres per second
+  float engineRpm = 0;
+  float throttle = 0;                // 0 to 1
+  float yokePitch = 0, yokeRoll = 0;  // -1 to 1
   float turnRate = 0;     // degrees per second; 0 flies straight
   bool aiDisabled = false;  // a plugin flies it: the host leaves it where it is
   bool active = true;       // within the count the plugins let the host handle
