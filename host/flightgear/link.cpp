@@ -207,37 +207,6 @@ bool PropertyServer::Collect(double seconds, std::string& error) {
   return true;
 }
 
-bool PropertyServer::Ask(const std::string& command, std::string& reply, double seconds,
-                         std::string& error) {
-  if (!Send(command, error)) return false;
-  auto end = After(seconds);
-  for (;;) {
-    // The replies of commands sent before come first.
-    while (NextReply(reply)) {
-      Waiting answered = mWaiting.front();
-      mWaiting.pop_front();
-      if (!CheckReply(answered.command, reply, error)) return false;
-      if (mWaiting.empty()) return true;
-    }
-    int left = MillisecondsLeft(end);
-    if (left == 0) {
-      error = "FlightGear did not answer \"" + command + "\" within " +
-              std::to_string((int)seconds) + " s";
-      return false;
-    }
-    if (!ReadAvailable(left < 100 ? left : 100, error)) return false;
-  }
-}
-
-bool PropertyServer::Get(const std::string& property, std::string& value, double seconds,
-                         std::string& error) {
-  std::string reply;
-  if (!Ask("get " + property, reply, seconds, error)) return false;
-  size_t open = property.size() + 4, close = reply.rfind("' (");
-  value = reply.substr(open, close - open);
-  return true;
-}
-
 void PropertyServer::Close() {
   if (mSocket >= 0) close(mSocket);
   mSocket = -1;

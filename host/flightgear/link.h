@@ -1,6 +1,6 @@
 // The two ways to a running FlightGear: the stream of the per-frame values
 // (its generic protocol over UDP on the loopback) and its property server
-// (one TCP connection, for writes, commands and rare reads).
+// (one TCP connection, for writes and commands).
 #ifndef TOKA_HOST_FLIGHTGEAR_LINK_H
 #define TOKA_HOST_FLIGHTGEAR_LINK_H
 
@@ -38,10 +38,6 @@ public:
   ~PropertyServer() { Close(); }
   bool Connect(const std::string& host, int port, double seconds, std::string& error);
   bool Connected() const { return mSocket >= 0; }
-  // Sends a command and waits for its reply.
-  bool Ask(const std::string& command, std::string& reply, double seconds, std::string& error);
-  // The value of a property, through Ask.
-  bool Get(const std::string& property, std::string& value, double seconds, std::string& error);
   // Sends a command whose reply is checked later, by Collect.
   bool Send(const std::string& command, std::string& error);
   // Checks the replies that arrived. False with the reason when one is not
