@@ -32,6 +32,7 @@ struct Slot {
   std::string path;                   // where the loader finds it
   const FuzzModule* module = nullptr; // its callbacks while loaded
   int id = -1;                        // its plugin ID while loaded
+  int stopped_id = -1;                // its ID from its stop entry on
   unsigned first_serial = 0;          // of the refcons made since it started
   bool starting = false;              // inside its start entry
   bool error_callback = false;        // whether it installed its error callback

@@ -43,7 +43,7 @@ static void error(const char* text) { call(kError, nullptr, text); }
 static void object_loaded(TOKAObjectRef object, void* r) { call(kObjectLoaded, r, object); }
 static void object_found(const char* path, void* r) { call(kObjectFound, r, path); }
 static void planes(void* r) { call(kPlanes, r); }
-static int camera(TOKACameraPosition_t*, int, void* r) { return call(kCamera, r); }
+static int camera(TOKACameraPosition_t* p, int losing, void* r) { return call(kCamera, r, p, losing); }
 
 static const FuzzModule module = {
     flight_loop, draw_window, key,        mouse,         cursor,       wheel,

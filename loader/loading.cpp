@@ -105,10 +105,15 @@ static void ReleaseDeliveries(int id) {
   TOKAForgetCutDeliveries(id);
 }
 
-static void RunCleanupHooks(int id) {
+// The clean-up hooks that run before the camera's.
+static void RunHooksBeforeCamera(int id) {
   TOKACommandCleanupHook(id);
   TOKADisplayCleanupHook(id);
   TOKAProcessingCleanupHook(id);
+}
+
+static void RunCleanupHooks(int id) {
+  RunHooksBeforeCamera(id);
   TOKACameraCleanupHook(id);
   TOKAMenuCleanupHook(id);
   TOKAPlaneCleanupHook(id);
@@ -144,6 +149,11 @@ void UnloadOnePlugin(int id) {
   }
   TOKA_INSPECT_MOMENT(kMomentStopped, id);
   RunCleanupHooks(id);
+  // A plugin that another plugin's disable entry enabled again is still
+  // enabled here, and the camera's release above called it to say it loses
+  // the camera. What it made in that call, after the commands, display and
+  // processing hooks had run, goes too: its module is about to close.
+  RunHooksBeforeCamera(id);  // once more
   // What the stop entry queued (an object load it asked for) must not reach
   // the plugin either: its code is about to go.
   ReleaseDeliveries(id);

@@ -1,5 +1,8 @@
 // Camera control: given up by the holder, taken away by a view change, by
 // disable and by unload.
+#include <algorithm>
+#include <cstring>
+
 #include "harness/harness.h"
 
 using namespace toka_test;
@@ -76,6 +79,39 @@ TEST_F(Camera, ViewChangeEndsOnlyControlTakenUntilThenAndDisablingOrUnloadingEnd
   TOKAShutdownPlugins();
   EXPECT_EQ(0, Controlled());
   EXPECT_EQ((Lines{"alpha.stop@1", "beta.stop@2"}), Events());
+}
+
+// A plugin that another plugin's disable entry enables again is still
+// enabled when a reload unloads it: it hears that it loses the camera after
+// its stop entry, and what it makes then must go with its module, not run
+// as the next plugin of its ID.
+float Leftover(float, float, int, void*) {
+  Log("leftover");
+  return -1;
+}
+
+int RegisterWhenLosing(TOKACameraPosition_t* position, int isLosingControl, void* refcon) {
+  Log("camera(" + std::to_string(isLosingControl) + ")");
+  if (isLosingControl) TOKARegisterFlightLoopCallback(Leftover, -1, nullptr);
+  return 1;
+}
+
+TEST_F(Camera, WhatAPluginMakesAsItLosesTheCameraAtUnloadGoesWithIt) {
+  Script(tree.plugins() + "/alpha.orv").onEnable = [] {
+    TOKAControlCamera(2, RegisterWhenLosing, nullptr);
+  };
+  Script(tree.plugins() + "/beta/lin.orv").onDisable = [] { TOKAEnablePlugin(1); };
+  std::string root = tree.root();
+  host.onCall[25] = [root](const HostCall& call) -> intptr_t {  // the system path
+    std::strcpy(call.arg<char*>(0), root.c_str());
+    return 0;
+  };
+  RunAs(1, [] { TOKAReloadPlugins(); });
+  TOKAEventHook(0, 1, 0, 0);  // the reload runs at the end of this pass
+  Lines reload = TakeEvents();
+  EXPECT_NE(reload.end(), std::find(reload.begin(), reload.end(), "camera(1)@1")) << ::testing::PrintToString(reload);
+  TOKAEventHook(0, 2, 0, 0);
+  for (const std::string& event : Events()) EXPECT_EQ(std::string::npos, event.find("leftover"));
 }
 
 }  // namespace
