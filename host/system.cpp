@@ -3,8 +3,10 @@
 // table (61) and situation files (68, 69).
 #include "host/system.h"
 
+#include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -243,6 +245,18 @@ bool IsFolder(const std::string& path) {
 bool IsFile(const std::string& path) {
   struct stat info;
   return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+std::vector<std::string> ListFolder(const std::string& folder) {
+  std::vector<std::string> names;
+  DIR* dir = opendir(folder.c_str());
+  if (!dir) return names;
+  while (dirent* entry = readdir(dir))
+    if (std::strcmp(entry->d_name, ".") && std::strcmp(entry->d_name, ".."))
+      names.push_back(entry->d_name);
+  closedir(dir);
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace toka_host

@@ -16,6 +16,10 @@ void* FindHostSymbol(const std::string& name);
 // Whether path is a folder, or a regular file (links followed).
 bool IsFolder(const std::string& path);
 bool IsFile(const std::string& path);
+// The names in a folder, without "." and "..", sorted so that runs on
+// different file systems see them in the same order; none when it cannot
+// be read.
+std::vector<std::string> ListFolder(const std::string& folder);
 
 struct RecordedInput {
   int slot;

@@ -1,5 +1,7 @@
-// toka-validate's view of what each plugin owns, what it costs and what its
-// start entry wrote. Compiled only into toka-validate's copy of the library.
+// toka-validate's view of each plugin: the records it owns, the time and
+// library calls it costs, and what its OrvanePluginStart wrote into the
+// name, signature and description buffers. Compiled only into
+// toka-validate's copy of the library.
 #ifdef TOKA_VALIDATOR
 
 #include "loader/inspect.h"

@@ -19,11 +19,11 @@ enum TOKAInspectKind {
   kInspectFlightLoops,
   kInspectMenus,
   kInspectMenuItems,
-  // The item of the Plugins menu that holds a plugin's top-level menu is the
-  // library's to withdraw at unload: the plugin never learns its index. The
-  // library keeps nothing that tells it from items the plugin appended there
-  // itself, so no item of the Plugins menu counts against the plugin at
-  // unload; after the clean-up, any that remains is the library's fault.
+  // TOKACreateMenu without a parent adds an item to the Plugins menu whose
+  // index the plugin never learns, so menus/menus.cpp removes it at unload.
+  // Nothing there tells that item from ones the plugin appended itself, so
+  // Plugins-menu items are not counted against a plugin at unload; one left
+  // after menus.cpp's clean-up is a fault of menus.cpp.
   kInspectPluginsMenuItems,
   kInspectCommandHandlers,
   kInspectHeldCommands,
@@ -61,7 +61,9 @@ TOKAInspection TOKAInspectPlugin(int plugin);
 // The commands the plugin handles, in the order the library keeps them.
 std::vector<void*> TOKAPluginCommands(int plugin);
 
-// Each family counts its own records.
+// Counting is done where the records live (processing/, menus/, utilities/
+// for commands, data/, world/ for scenery, camera and planes), but for the
+// display's, which inspect.cpp counts through display/display.h.
 void TOKAInspectDisplay(int plugin, TOKAInspection& out);
 void TOKAInspectFlightLoops(int plugin, TOKAInspection& out);
 void TOKAInspectMenus(int plugin, TOKAInspection& out);
@@ -121,7 +123,8 @@ void TOKANoteRetiredDataRef(const void* handle);
 // their addresses.
 long long TOKAIssueOrder(const void* handle);
 
-// Each family says whether a handle is one of its live records.
+// Whether a handle is a live record, asked of the source file that keeps
+// records of that kind.
 bool TOKAIsLiveDataRef(const void* handle);
 bool TOKAIsLiveFlightLoop(const void* handle);
 bool TOKAIsLiveWindow(const void* handle);

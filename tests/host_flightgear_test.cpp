@@ -240,8 +240,10 @@ TEST_F(FlightGearWorldTest, WritesAndCommandsGoToThePropertyServer) {
             WorldFailure());
 }
 
-// The stream's protocol file lists the mapping's properties in its order.
-TEST(FlightGearMapping, TheProtocolFileStreamsTheMappedPropertiesInOrder) {
+// The mapping is the one table of the flightgear world: the stream's
+// protocol file lists its properties in its order, and the host publishes
+// each of its datarefs, writable exactly where the mapping sends writes.
+TEST_F(HostTest, TheMappingMatchesTheProtocolFileAndTheHostsDataRefs) {
   std::string protocol = ReadFile(std::string(TOKA_EXAMPLES_SOURCE) + "../host/flightgear/toka.xml");
   std::regex node("<node>([^<]*)</node>");
   int field = 0;
@@ -251,6 +253,15 @@ TEST(FlightGearMapping, TheProtocolFileStreamsTheMappedPropertiesInOrder) {
     EXPECT_EQ(FlightGearMapping((FlightGearField)field).property, (*it)[1].str());
   }
   EXPECT_EQ((int)kFgFieldCount, field);
+
+  Start();
+  for (int i = 0; i < kFgFieldCount; ++i) {
+    const FlightGearValue& value = FlightGearMapping((FlightGearField)i);
+    if (!*value.dataref) continue;
+    TOKADataRef ref = TOKAFindDataRef(value.dataref);
+    ASSERT_NE(nullptr, ref) << value.dataref;
+    EXPECT_EQ(value.writable ? 1 : 0, TOKACanWriteDataRef(ref)) << value.dataref;
+  }
 }
 
 // A FlightGear that is missing, exits while starting, never streams, or

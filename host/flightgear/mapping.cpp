@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 namespace toka_host {
 
@@ -17,37 +16,29 @@ constexpr double kFeet = 0.3048;
 constexpr double kKnots = 1852.0 / 3600.0;
 
 const FlightGearValue kMapping[kFgFieldCount] = {
-    {"sim/time/total_running_time_sec", "/sim/time/elapsed-sec", 1, "s", false},
-    {"sim/time/paused", "/sim/freeze/master", 1, "0 or 1", true},
-    {"sim/flightmodel/position/latitude", "/position/latitude-deg", 1, "degrees", true},
-    {"sim/flightmodel/position/longitude", "/position/longitude-deg", 1, "degrees", true},
-    {"sim/flightmodel/position/elevation", "/position/altitude-ft", kFeet, "m", true},
-    {"sim/flightmodel/position/heading", "/orientation/heading-deg", 1, "degrees true", true},
-    {"sim/flightmodel/position/pitch", "/orientation/pitch-deg", 1, "degrees", false},
-    {"sim/flightmodel/position/roll", "/orientation/roll-deg", 1, "degrees, right wing down", false},
-    {"sim/flightmodel/position/groundspeed", "/velocities/groundspeed-kt", kKnots, "m/s", false},
-    {"sim/flightmodel/position/true_airspeed", "/velocities/airspeed-kt", kKnots, "m/s", false},
+    {"sim/time/total_running_time_sec", "/sim/time/elapsed-sec", 1, false},
+    {"sim/time/paused", "/sim/freeze/master", 1, true},
+    {"sim/flightmodel/position/latitude", "/position/latitude-deg", 1, true},
+    {"sim/flightmodel/position/longitude", "/position/longitude-deg", 1, true},
+    {"sim/flightmodel/position/elevation", "/position/altitude-ft", kFeet, true},
+    {"sim/flightmodel/position/heading", "/orientation/heading-deg", 1, true},
+    {"sim/flightmodel/position/pitch", "/orientation/pitch-deg", 1, false},
+    {"sim/flightmodel/position/roll", "/orientation/roll-deg", 1, false},
+    {"sim/flightmodel/position/groundspeed", "/velocities/groundspeed-kt", kKnots, false},
+    {"sim/flightmodel/position/true_airspeed", "/velocities/airspeed-kt", kKnots, false},
     {"sim/flightmodel/position/indicated_airspeed",
-     "/instrumentation/airspeed-indicator/indicated-speed-kt", kKnots, "m/s", false},
-    {"sim/flightmodel/position/vertical_speed", "/velocities/vertical-speed-fps", kFeet, "m/s",
-     false},
-    {"sim/flightmodel/engine/rpm", "/engines/engine/rpm", 1, "revolutions per minute", false},
-    {"", "/position/ground-elev-m", 1, "m (terrain probes)", false},
-    {"sim/cockpit/controls/throttle", "/controls/engines/engine/throttle", 1, "0 to 1", true},
-    {"sim/cockpit/controls/yoke_pitch", "/controls/flight/elevator", 1, "-1 to 1, nose up < 0",
-     true},
-    {"sim/cockpit/controls/yoke_roll", "/controls/flight/aileron", 1, "-1 to 1, right > 0", true},
+     "/instrumentation/airspeed-indicator/indicated-speed-kt", kKnots, false},
+    {"sim/flightmodel/position/vertical_speed", "/velocities/vertical-speed-fps", kFeet, false},
+    {"sim/flightmodel/engine/rpm", "/engines/engine/rpm", 1, false},
+    {"", "/position/ground-elev-m", 1, false},  // the ground under the aircraft, for probes
+    {"sim/cockpit/controls/throttle", "/controls/engines/engine/throttle", 1, true},
+    {"sim/cockpit/controls/yoke_pitch", "/controls/flight/elevator", 1, true},
+    {"sim/cockpit/controls/yoke_roll", "/controls/flight/aileron", 1, true},
 };
 
 }  // namespace
 
 const FlightGearValue& FlightGearMapping(FlightGearField field) { return kMapping[field]; }
-
-FlightGearField FlightGearFieldOf(const char* dataref) {
-  for (int i = 0; i < kFgFieldCount; ++i)
-    if (*kMapping[i].dataref && !std::strcmp(kMapping[i].dataref, dataref)) return (FlightGearField)i;
-  return kFgFieldCount;
-}
 
 bool ParseFlightGearLine(const std::string& line, double values[kFgFieldCount]) {
   const char* at = line.c_str();

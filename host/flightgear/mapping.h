@@ -33,13 +33,10 @@ struct FlightGearValue {
   const char* dataref;   // the host's dataref; empty for a value the host uses itself
   const char* property;  // FlightGear's property
   double factor;         // the host's value is the property's times this
-  const char* units;     // the host's units, for the README's table
-  bool writable;         // a plugin's write is sent to FlightGear
+  bool writable;         // the host's dataref is writable, and writes go to FlightGear
 };
 
 const FlightGearValue& FlightGearMapping(FlightGearField field);
-// The field of a dataref, or kFgFieldCount when FlightGear has none for it.
-FlightGearField FlightGearFieldOf(const char* dataref);
 
 // One line of the stream, "v0\tv1\t...\n", into the host's units. False when
 // the line does not have a number for every field.

@@ -2,7 +2,6 @@
 // so that its virtual display and session bus stop with it.
 #include "host/flightgear/process.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -59,17 +58,6 @@ std::string ProtocolFile() {
 std::string InstalledRoot() {
   const char* root = std::getenv("FG_ROOT");
   return root && *root ? root : "/usr/share/games/flightgear";
-}
-
-std::vector<std::string> ListFolder(const std::string& path) {
-  std::vector<std::string> names;
-  DIR* folder = opendir(path.c_str());
-  if (!folder) return names;
-  while (dirent* entry = readdir(folder))
-    if (std::strcmp(entry->d_name, ".") && std::strcmp(entry->d_name, ".."))
-      names.push_back(entry->d_name);
-  closedir(folder);
-  return names;
 }
 
 bool MakeFolder(const std::string& path) { return mkdir(path.c_str(), 0755) == 0 || errno == EEXIST; }

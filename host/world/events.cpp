@@ -2,10 +2,6 @@
 // start of the next frame, and the scenery packages they announce.
 #include "host/world/world.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-
-#include <algorithm>
 #include <cstdint>
 #include <set>
 #include <string>
@@ -13,6 +9,7 @@
 
 #include "host/config.h"
 #include "host/library.h"
+#include "host/system.h"
 
 namespace toka_host {
 
@@ -28,17 +25,8 @@ std::set<std::string> gLoadedPackages;
 
 std::vector<std::string> SubfoldersOf(const std::string& folder) {
   std::vector<std::string> names;
-  DIR* dir = opendir(folder.c_str());
-  if (!dir) return names;
-  while (dirent* entry = readdir(dir)) {
-    std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    struct stat info;
-    if (stat((folder + name).c_str(), &info) == 0 && S_ISDIR(info.st_mode)) names.push_back(name);
-  }
-  closedir(dir);
-  // Sorted, so that runs on different file systems load in the same order.
-  std::sort(names.begin(), names.end());
+  for (const std::string& name : ListFolder(folder))
+    if (IsFolder(folder + name)) names.push_back(name);
   return names;
 }
 

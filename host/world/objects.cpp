@@ -3,11 +3,9 @@
 // again shares the object, which goes away with its last unload.
 #include "host/world/world.h"
 
-#include <dirent.h>
 #include <fnmatch.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <vector>
@@ -46,16 +44,7 @@ HostObject* Known(TOKAObjectRef ref) {
 // Every file below folder (which ends in "/"), sorted; symbolic links to
 // folders are not followed, so a loop in the tree cannot hold the host up.
 void CollectFiles(const std::string& folder, std::vector<std::string>& files) {
-  DIR* dir = opendir(folder.c_str());
-  if (!dir) return;
-  std::vector<std::string> names;
-  while (dirent* entry = readdir(dir)) {
-    std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  closedir(dir);
-  std::sort(names.begin(), names.end());
-  for (const std::string& name : names) {
+  for (const std::string& name : ListFolder(folder)) {
     std::string path = folder + name;
     struct stat info;
     if (lstat(path.c_str(), &info) != 0) continue;
