@@ -8,7 +8,7 @@
 #include <new>
 
 #include "loader/enabling.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 
@@ -355,8 +355,8 @@ bool TOKAIsLiveDataRef(const void* handle) {
   return DataIsValid(const_cast<void*>(handle)) != nullptr;
 }
 
-void TOKAInspectDataRefs(int plugin, TOKAInspection& out) {
+void TOKASurveyDataRefs(int plugin, TOKASurvey& out) {
   for (const auto& entry : gDataRefs)
-    if (entry.second->owner == plugin) ++out.owned[kInspectDataRefs];
+    if (entry.second->owner == plugin) ++out.owned[kSurveyDataRefs];
 }
 #endif

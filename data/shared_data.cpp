@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "data/datarefs.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 
 struct TOKASharedDataSubscriber {
@@ -248,9 +248,9 @@ void TOKASharedDataCleanupHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
-void TOKAInspectSharedData(int plugin, TOKAInspection& out) {
+void TOKASurveySharedData(int plugin, TOKASurvey& out) {
   for (const auto& record : gSharedData)
     for (const TOKASharedDataSubscriber& subscriber : record->subscribers)
-      if (subscriber.plugin == plugin) ++out.owned[kInspectSharedData];
+      if (subscriber.plugin == plugin) ++out.owned[kSurveySharedData];
 }
 #endif

@@ -3,7 +3,7 @@
 
 #include "display/display.h"
 #include "loader/enabling.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 

@@ -7,7 +7,7 @@
 // list hot keys see removals take effect exactly when those unpaired calls
 // let the list reclaim them, so the pairing stays as it is.
 #include "display/display.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 
 TOKAResourceList<TOKAHotKeyInfoRecord> gHotKeys;

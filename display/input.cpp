@@ -4,7 +4,7 @@
 // 0 = a plugin consumed it.
 #include "display/display.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAPlugins.h"

@@ -2,7 +2,7 @@
 // calls, and the display steps of disabling and unloading a plugin.
 #include "display/display.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 

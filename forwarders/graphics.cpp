@@ -2,7 +2,7 @@
 // plugin context is current. Doubles stay doubles: the host works in double
 // precision for world coordinates, and narrowing would move objects.
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKAGraphics.h"
 
 TOKA_API void TOKASetGraphicsState(int enableFog, int numberTexUnits, int enableLighting,

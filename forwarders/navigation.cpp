@@ -1,7 +1,7 @@
 // Navigation, FMS and GPS services: the host owns the navigation database,
 // the flight plan and the GPS, so each call goes straight to it.
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKANavigation.h"
 
 TOKA_API TOKANavRef TOKAGetFirstNavAid(void) {

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAPlugins.h"

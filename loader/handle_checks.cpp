@@ -1,4 +1,4 @@
-// The validator's checks of the handles plugins pass (see inspect.h). Empty
+// The validator's checks of the handles plugins pass (see survey.h). Empty
 // in libtoka.so.
 #ifdef TOKA_VALIDATOR
 
@@ -8,7 +8,7 @@
 #include <string>
 
 #include "data/datarefs.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 
 namespace {

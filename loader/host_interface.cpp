@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "loader/enabling.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/loading.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"

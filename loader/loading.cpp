@@ -6,7 +6,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/platform.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
@@ -144,10 +144,10 @@ void UnloadOnePlugin(int id) {
     try {
       stop();
     } catch (...) {
-      TOKA_INSPECT_MOMENT(kMomentStopThrew, id);
+      TOKA_SURVEY_MOMENT(kMomentStopThrew, id);
     }
   }
-  TOKA_INSPECT_MOMENT(kMomentStopped, id);
+  TOKA_SURVEY_MOMENT(kMomentStopped, id);
   RunCleanupHooks(id);
   // A plugin that another plugin's disable entry enabled again is still
   // enabled here, and the camera's release above called it to say it loses
@@ -157,7 +157,7 @@ void UnloadOnePlugin(int id) {
   // What the stop entry queued (an object load it asked for) must not reach
   // the plugin either: its code is about to go.
   ReleaseDeliveries(id);
-  TOKA_INSPECT_MOMENT(kMomentCleaned, id);
+  TOKA_SURVEY_MOMENT(kMomentCleaned, id);
   PluginRecord& record = gAllPlugins[id];
   if (record.module) TOKAUnloadDLL(record.module);
   ForgetModule(record);
@@ -215,7 +215,7 @@ int LoadOnePlugin(const std::string& path, bool verbose) {
 
   char name[256 + TOKA_START_GUARD] = {0}, signature[256 + TOKA_START_GUARD] = {0},
        description[256 + TOKA_START_GUARD] = {0};
-  TOKA_INSPECT_BEFORE_START(name, signature, description);
+  TOKA_SURVEY_BEFORE_START(name, signature, description);
   int started;
   try {
     started = start(name, signature, description);
@@ -223,7 +223,7 @@ int LoadOnePlugin(const std::string& path, bool verbose) {
     DiscardRefusedPlugin(id);
     throw;
   }
-  TOKA_INSPECT_AFTER_START(name, signature, description);
+  TOKA_SURVEY_AFTER_START(name, signature, description);
   if (!started) {
     // One space after the full stop here, two in the other two lines: log
     // readers match these lines as they stand.

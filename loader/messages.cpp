@@ -3,7 +3,7 @@
 
 #include "loader/deliveries.h"
 #include "loader/enabling.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "toka/TOKAPlugins.h"
 

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "loader/enabling.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/platform.h"
 #include "toka/TOKAPlugins.h"
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "loader/deliveries.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKADefs.h"
 
 typedef void (*TOKAErrorCallback_f)(const char*);

@@ -5,7 +5,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAMenus.h"
@@ -286,13 +286,13 @@ bool TOKAIsLiveMenu(const void* handle) {
 
 // Items count where they stand in another's menu; those of the plugin's own
 // menus go with them.
-void TOKAInspectMenus(int plugin, TOKAInspection& out) {
+void TOKASurveyMenus(int plugin, TOKASurvey& out) {
   for (const TOKAMenuInfo_t* menu : gMenus) {
     if (menu->plugin == plugin) {
-      ++out.owned[kInspectMenus];
+      ++out.owned[kSurveyMenus];
       continue;
     }
-    int kind = menu == gPluginsMenu ? kInspectPluginsMenuItems : kInspectMenuItems;
+    int kind = menu == gPluginsMenu ? kSurveyPluginsMenuItems : kSurveyMenuItems;
     for (int owner : menu->itemOwners)
       if (owner == plugin) ++out.owned[kind];
   }

@@ -6,7 +6,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/loading.h"
 #include "loader/plugin_records.h"
 #include "loader/resource_list.h"
@@ -295,10 +295,10 @@ bool TOKAIsLiveFlightLoop(const void* handle) {
   return record && !record->is_dead();
 }
 
-void TOKAInspectFlightLoops(int plugin, TOKAInspection& out) {
+void TOKASurveyFlightLoops(int plugin, TOKASurvey& out) {
   for (const TOKAFlightLoopRecord* record = gFlightLoops.head; record; record = record->get_next()) {
     if (record->is_dead() || record->owner != plugin) continue;
-    ++out.owned[kInspectFlightLoops];
+    ++out.owned[kSurveyFlightLoops];
     if (record->interval != 0) ++out.running[kRunningFlightLoops];
   }
 }

@@ -11,7 +11,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKACommands.h"
@@ -263,12 +263,12 @@ std::vector<void*> TOKAPluginCommands(int plugin) {
   return commands;
 }
 
-void TOKAInspectCommands(int plugin, TOKAInspection& out) {
+void TOKASurveyCommands(int plugin, TOKASurvey& out) {
   for (const TOKACommandHookMap* hooks : {&gPreHooks, &gPostHooks})
     for (const auto& entry : *hooks)
       for (const TOKACommandCB_t& handler : entry.second)
-        if (handler.plugin == plugin) ++out.owned[kInspectCommandHandlers];
+        if (handler.plugin == plugin) ++out.owned[kSurveyCommandHandlers];
   auto held = gCommandMap.find(plugin);
-  if (held != gCommandMap.end()) out.owned[kInspectHeldCommands] += (int)held->second.size();
+  if (held != gCommandMap.end()) out.owned[kSurveyHeldCommands] += (int)held->second.size();
 }
 #endif

@@ -5,7 +5,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/platform.h"
 #include "loader/plugin_records.h"
 #include "toka/TOKAUtilities.h"

@@ -8,7 +8,7 @@
 #include <cstdio>
 
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKAUtilities.h"
 
 // This library's own version, as plugins read it from TOKAGetVersions.

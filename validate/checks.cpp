@@ -7,7 +7,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKAPlugins.h"
 #include "validate/validate.h"
 #include "validate/world.h"
@@ -136,7 +136,7 @@ void CheckEntryPoints(const CheckInput& input, CheckResult& result) {
   std::string present;
   if (!CheckExports(input.plugin, result, present)) return;
   TOKASetStartObserver(NoteStart);
-  TOKASetInspectObserver(NoteMoment);
+  TOKASetSurveyObserver(NoteMoment);
   World world(input.plugin, input.options.frames);
   std::string what;
   bool started = Guarded([&] { world.Start(); }, what);
@@ -242,7 +242,7 @@ struct Lifecycle {
 }  // namespace
 
 void CheckLifecycle(const CheckInput& input, CheckResult& result) {
-  TOKASetInspectObserver(NoteMoment);
+  TOKASetSurveyObserver(NoteMoment);
   const Options& options = input.options;
   Random random(input.seed);
   World world(input.plugin, options.frames);

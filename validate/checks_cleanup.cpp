@@ -4,7 +4,7 @@
 // of it may remain, or the library is at fault.
 #include <stdexcept>
 
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKAPlugins.h"
 #include "validate/validate.h"
 #include "validate/world.h"
@@ -16,17 +16,17 @@ namespace {
 struct Seen {
   int plugin = -1;
   bool stopped = false, cleaned = false;
-  TOKAInspection atStop, afterCleanup;
+  TOKASurvey atStop, afterCleanup;
 };
 Seen gSeen;
 
 void NoteMoment(int moment, int plugin) {
   if (plugin != gSeen.plugin) return;
   if (moment == kMomentStopped) {
-    gSeen.atStop = TOKAInspectPlugin(plugin);
+    gSeen.atStop = TOKASurveyPlugin(plugin);
     gSeen.stopped = true;
   } else if (moment == kMomentCleaned) {
-    gSeen.afterCleanup = TOKAInspectPlugin(plugin);
+    gSeen.afterCleanup = TOKASurveyPlugin(plugin);
     gSeen.cleaned = true;
   }
 }
@@ -34,22 +34,22 @@ void NoteMoment(int moment, int plugin) {
 // "windows 1, hot keys 2", or empty when every count is 0. A plugin is not
 // asked to withdraw the Plugins menu item of its top-level menu: it cannot,
 // and the library does.
-std::string Owned(const TOKAInspection& inspection, bool byThePlugin) {
+std::string Owned(const TOKASurvey& survey, bool byThePlugin) {
   std::string text;
-  for (int kind = 0; kind < kInspectKindCount; ++kind) {
-    if (!inspection.owned[kind] || (byThePlugin && kind == kInspectPluginsMenuItems)) continue;
+  for (int kind = 0; kind < kSurveyKindCount; ++kind) {
+    if (!survey.owned[kind] || (byThePlugin && kind == kSurveyPluginsMenuItems)) continue;
     if (!text.empty()) text += ", ";
-    text += std::string(TOKAInspectKindName(kind)) + " " + std::to_string(inspection.owned[kind]);
+    text += std::string(TOKASurveyKindName(kind)) + " " + std::to_string(survey.owned[kind]);
   }
   return text;
 }
 
-std::string Running(const TOKAInspection& inspection) {
+std::string Running(const TOKASurvey& survey) {
   std::string text;
   for (int kind = 0; kind < kRunningKindCount; ++kind) {
-    if (!inspection.running[kind]) continue;
+    if (!survey.running[kind]) continue;
     if (!text.empty()) text += ", ";
-    text += std::string(TOKARunningKindName(kind)) + " " + std::to_string(inspection.running[kind]);
+    text += std::string(TOKARunningKindName(kind)) + " " + std::to_string(survey.running[kind]);
   }
   return text;
 }
@@ -80,12 +80,12 @@ void CheckCleanup(const CheckInput& input, CheckResult& result) {
     return;
   }
   gSeen.plugin = id;
-  TOKASetInspectObserver(NoteMoment);
-  TOKAInspection afterDisable;
+  TOKASetSurveyObserver(NoteMoment);
+  TOKASurvey afterDisable;
   std::string what;
   if (!Guarded([&] {
         TOKADisablePlugin(id);
-        afterDisable = TOKAInspectPlugin(id);
+        afterDisable = TOKASurveyPlugin(id);
         world.Stop();
       }, what)) {
     result.status = Status::Skip;

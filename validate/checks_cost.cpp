@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "validate/validate.h"
 #include "validate/world.h"
 

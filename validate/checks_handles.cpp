@@ -4,7 +4,7 @@
 #include <map>
 #include <stdexcept>
 
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "toka/TOKAPlugins.h"
 #include "validate/validate.h"
 #include "validate/world.h"

@@ -14,7 +14,7 @@
 #include "host/config.h"
 #include "host/menus.h"
 #include "host/scenario/scenario.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "toka/TOKA.h"
 #include "validate/validate.h"

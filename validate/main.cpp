@@ -1,7 +1,7 @@
 // toka-validate: tells plugin authors whether their plugin survives being
 // disabled, enabled and reloaded, what it leaves behind and what it costs,
 // outside the simulator. The library's code is linked into the program, with
-// the inspection that libtoka.so leaves out; plugins bind to this copy.
+// the survey that libtoka.so leaves out; plugins bind to this copy.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>

@@ -1,6 +1,6 @@
 // Camera control: one plugin at a time drives the simulator's camera.
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKACamera.h"
@@ -105,7 +105,7 @@ void TOKACameraDisableHook(int plugin) {
 }
 
 #ifdef TOKA_VALIDATOR
-void TOKAInspectCamera(int plugin, TOKAInspection& out) {
-  if (gIsControlled && gCurrentControlPlugin == plugin) ++out.owned[kInspectCamera];
+void TOKASurveyCamera(int plugin, TOKASurvey& out) {
+  if (gIsControlled && gCurrentControlPlugin == plugin) ++out.owned[kSurveyCamera];
 }
 #endif

@@ -7,7 +7,7 @@
 
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAData.h"
@@ -193,9 +193,9 @@ void TOKAPlaneCleanupHook(int plugin) {
 
 #ifdef TOKA_VALIDATOR
 // The planes themselves, or a place in the line for them.
-void TOKAInspectPlanes(int plugin, TOKAInspection& out) {
-  if (gOwner == plugin) ++out.owned[kInspectPlanes];
+void TOKASurveyPlanes(int plugin, TOKASurvey& out) {
+  if (gOwner == plugin) ++out.owned[kSurveyPlanes];
   for (const TOKAPlaneRequest& request : gQueue)
-    if (request.plugin == plugin) ++out.owned[kInspectPlanes];
+    if (request.plugin == plugin) ++out.owned[kSurveyPlanes];
 }
 #endif

@@ -9,7 +9,7 @@
 #include "loader/deliveries.h"
 #include "loader/enabling.h"
 #include "loader/host_interface.h"
-#include "loader/inspect.h"
+#include "loader/survey.h"
 #include "loader/plugin_records.h"
 #include "loader/subsystems.h"
 #include "toka/TOKAScenery.h"
@@ -222,10 +222,10 @@ bool TOKAIsLiveObject(const void* handle) {
   return false;
 }
 
-void TOKAInspectScenery(int plugin, TOKAInspection& out) {
+void TOKASurveyScenery(int plugin, TOKASurvey& out) {
   for (const auto& entry : gProbes)
-    if (entry.second->plugin == plugin) ++out.owned[kInspectProbes];
+    if (entry.second->plugin == plugin) ++out.owned[kSurveyProbes];
   auto objects = gObjects.find(plugin);
-  if (objects != gObjects.end()) out.owned[kInspectObjects] += (int)objects->second.size();
+  if (objects != gObjects.end()) out.owned[kSurveyObjects] += (int)objects->second.size();
 }
 #endif

@@ -3,38 +3,38 @@
 // into toka-validate's own copy of the library only (TOKA_VALIDATOR): in
 // libtoka.so the notes below expand to nothing and the counting functions do
 // not exist, so its exported functions and per-frame paths stay as they are.
-#ifndef TOKA_LOADER_INSPECT_H
-#define TOKA_LOADER_INSPECT_H
+#ifndef TOKA_LOADER_SURVEY_H
+#define TOKA_LOADER_SURVEY_H
 
 #ifdef TOKA_VALIDATOR
 
 #include <vector>
 
 // The kinds of things a plugin can own, in the order a report lists them.
-enum TOKAInspectKind {
-  kInspectWindows,
-  kInspectDrawCallbacks,
-  kInspectKeySniffers,
-  kInspectHotKeys,
-  kInspectFlightLoops,
-  kInspectMenus,
-  kInspectMenuItems,
+enum TOKASurveyKind {
+  kSurveyWindows,
+  kSurveyDrawCallbacks,
+  kSurveyKeySniffers,
+  kSurveyHotKeys,
+  kSurveyFlightLoops,
+  kSurveyMenus,
+  kSurveyMenuItems,
   // TOKACreateMenu without a parent adds an item to the Plugins menu whose
   // index the plugin never learns, so menus/menus.cpp removes it at unload.
   // Nothing there tells that item from ones the plugin appended itself, so
   // Plugins-menu items are not counted against a plugin at unload; one left
   // after menus.cpp's clean-up is a fault of menus.cpp.
-  kInspectPluginsMenuItems,
-  kInspectCommandHandlers,
-  kInspectHeldCommands,
-  kInspectDataRefs,
-  kInspectSharedData,
-  kInspectProbes,
-  kInspectObjects,
-  kInspectPendingLoads,
-  kInspectCamera,
-  kInspectPlanes,
-  kInspectKindCount
+  kSurveyPluginsMenuItems,
+  kSurveyCommandHandlers,
+  kSurveyHeldCommands,
+  kSurveyDataRefs,
+  kSurveySharedData,
+  kSurveyProbes,
+  kSurveyObjects,
+  kSurveyPendingLoads,
+  kSurveyCamera,
+  kSurveyPlanes,
+  kSurveyKindCount
 };
 
 // What still runs for a disabled plugin.
@@ -46,43 +46,43 @@ enum TOKARunningKind {
   kRunningKindCount
 };
 
-struct TOKAInspection {
-  int owned[kInspectKindCount] = {};
+struct TOKASurvey {
+  int owned[kSurveyKindCount] = {};
   int running[kRunningKindCount] = {};
 };
 
 // "windows", "flight loops", ... as a report names them.
-const char* TOKAInspectKindName(int kind);
+const char* TOKASurveyKindName(int kind);
 const char* TOKARunningKindName(int kind);
 
 // Counts everything the plugin owns now.
-TOKAInspection TOKAInspectPlugin(int plugin);
+TOKASurvey TOKASurveyPlugin(int plugin);
 
 // The commands the plugin handles, in the order the library keeps them.
 std::vector<void*> TOKAPluginCommands(int plugin);
 
 // Counting is done where the records live (processing/, menus/, utilities/
 // for commands, data/, world/ for scenery, camera and planes), but for the
-// display's, which inspect.cpp counts through display/display.h.
-void TOKAInspectDisplay(int plugin, TOKAInspection& out);
-void TOKAInspectFlightLoops(int plugin, TOKAInspection& out);
-void TOKAInspectMenus(int plugin, TOKAInspection& out);
-void TOKAInspectCommands(int plugin, TOKAInspection& out);
-void TOKAInspectDataRefs(int plugin, TOKAInspection& out);
-void TOKAInspectSharedData(int plugin, TOKAInspection& out);
-void TOKAInspectScenery(int plugin, TOKAInspection& out);
-void TOKAInspectCamera(int plugin, TOKAInspection& out);
-void TOKAInspectPlanes(int plugin, TOKAInspection& out);
+// display's, which survey.cpp counts through display/display.h.
+void TOKASurveyDisplay(int plugin, TOKASurvey& out);
+void TOKASurveyFlightLoops(int plugin, TOKASurvey& out);
+void TOKASurveyMenus(int plugin, TOKASurvey& out);
+void TOKASurveyCommands(int plugin, TOKASurvey& out);
+void TOKASurveyDataRefs(int plugin, TOKASurvey& out);
+void TOKASurveySharedData(int plugin, TOKASurvey& out);
+void TOKASurveyScenery(int plugin, TOKASurvey& out);
+void TOKASurveyCamera(int plugin, TOKASurvey& out);
+void TOKASurveyPlanes(int plugin, TOKASurvey& out);
 
 // Moments of a plugin's unloading at which the validator looks.
-enum TOKAInspectMoment {
+enum TOKASurveyMoment {
   kMomentStopped,    // its stop entry has returned (or it has none); nothing withdrawn yet
   kMomentStopThrew,  // its stop entry threw; the library swallows that
   kMomentCleaned,    // the library has withdrawn everything it owned
 };
-typedef void (*TOKAInspectObserver_f)(int moment, int plugin);
-void TOKASetInspectObserver(TOKAInspectObserver_f observer);
-void TOKANoteInspectMoment(int moment, int plugin);
+typedef void (*TOKASurveyObserver_f)(int moment, int plugin);
+void TOKASetSurveyObserver(TOKASurveyObserver_f observer);
+void TOKANoteSurveyMoment(int moment, int plugin);
 
 // The start entry's three buffers get a guard zone beyond their 256 bytes;
 // the validator is told whether the plugin wrote there.
@@ -153,10 +153,10 @@ TOKACost TOKAPluginCost(int plugin);
 #define TOKA_CHECK_SHARED_DATA_NAME(name) TOKACheckSharedDataName(name, __func__)
 #define TOKA_NOTE_ISSUED(kind, handle) TOKANoteIssuedHandle(kind, handle)
 #define TOKA_NOTE_RETIRED_DATAREF(handle) TOKANoteRetiredDataRef(handle)
-#define TOKA_INSPECT_MOMENT(moment, plugin) TOKANoteInspectMoment(moment, plugin)
+#define TOKA_SURVEY_MOMENT(moment, plugin) TOKANoteSurveyMoment(moment, plugin)
 #define TOKA_START_GUARD kStartGuardSize
-#define TOKA_INSPECT_BEFORE_START(n, s, d) TOKAFillStartGuards(n, s, d)
-#define TOKA_INSPECT_AFTER_START(n, s, d) TOKANoteStartTexts(n, s, d)
+#define TOKA_SURVEY_BEFORE_START(n, s, d) TOKAFillStartGuards(n, s, d)
+#define TOKA_SURVEY_AFTER_START(n, s, d) TOKANoteStartTexts(n, s, d)
 
 #else
 
@@ -167,10 +167,10 @@ TOKACost TOKAPluginCost(int plugin);
 #define TOKA_CHECK_SHARED_DATA_NAME(name) ((void)0)
 #define TOKA_NOTE_ISSUED(kind, handle) ((void)0)
 #define TOKA_NOTE_RETIRED_DATAREF(handle) ((void)0)
-#define TOKA_INSPECT_MOMENT(moment, plugin) ((void)0)
+#define TOKA_SURVEY_MOMENT(moment, plugin) ((void)0)
 #define TOKA_START_GUARD 0
-#define TOKA_INSPECT_BEFORE_START(n, s, d) ((void)0)
-#define TOKA_INSPECT_AFTER_START(n, s, d) ((void)0)
+#define TOKA_SURVEY_BEFORE_START(n, s, d) ((void)0)
+#define TOKA_SURVEY_AFTER_START(n, s, d) ((void)0)
 
 #endif
 

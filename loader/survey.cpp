@@ -4,7 +4,7 @@
 // toka-validate's copy of the library.
 #ifdef TOKA_VALIDATOR
 
-#include "loader/inspect.h"
+#include "loader/survey.h"
 
 #include <chrono>
 #include <cstring>
@@ -13,7 +13,7 @@
 #include "display/display.h"
 #include "loader/plugin_records.h"
 
-static const char* const kKindNames[kInspectKindCount] = {
+static const char* const kKindNames[kSurveyKindCount] = {
     "windows",       "draw callbacks",     "key sniffers",     "hot keys",
     "flight loops",  "menus",              "menu items",       "Plugins menu items",
     "command handlers", "held commands",   "datarefs",         "shared data",
@@ -23,7 +23,7 @@ static const char* const kKindNames[kInspectKindCount] = {
 static const char* const kRunningNames[kRunningKindCount] = {
     "scheduled flight loops", "visible windows", "hot keys", "key sniffers"};
 
-const char* TOKAInspectKindName(int kind) { return kKindNames[kind]; }
+const char* TOKASurveyKindName(int kind) { return kKindNames[kind]; }
 const char* TOKARunningKindName(int kind) { return kRunningNames[kind]; }
 
 // Removed records wait on the list until the walk that removed them ends;
@@ -34,23 +34,23 @@ static void CountRecords(const TOKAResourceList<T>& list, Count count) {
     if (!record->is_dead() && !TOKAIsParked(list, record)) count(*record);
 }
 
-void TOKAInspectDisplay(int plugin, TOKAInspection& out) {
+void TOKASurveyDisplay(int plugin, TOKASurvey& out) {
   CountRecords(gWindows, [&](const TOKAWindowCallbackRecord& window) {
     if (window.plugin != plugin) return;
-    ++out.owned[kInspectWindows];
+    ++out.owned[kSurveyWindows];
     if (window.visible) ++out.running[kRunningWindows];
   });
   CountRecords(gDrawCallbacks, [&](const TOKADrawCallbackRecord& draw) {
-    if (draw.plugin == plugin) ++out.owned[kInspectDrawCallbacks];
+    if (draw.plugin == plugin) ++out.owned[kSurveyDrawCallbacks];
   });
   CountRecords(gKeySniffers, [&](const TOKAKeyCallbackRecord& sniffer) {
     if (sniffer.plugin != plugin) return;
-    ++out.owned[kInspectKeySniffers];
+    ++out.owned[kSurveyKeySniffers];
     ++out.running[kRunningKeySniffers];
   });
   CountRecords(gHotKeys, [&](const TOKAHotKeyInfoRecord& hotKey) {
     if (hotKey.plugin != plugin) return;
-    ++out.owned[kInspectHotKeys];
+    ++out.owned[kSurveyHotKeys];
     ++out.running[kRunningHotKeys];
   });
 }
@@ -71,19 +71,19 @@ static int CountQueue(const TOKADeliveryHead& head) {
   return count;
 }
 
-TOKAInspection TOKAInspectPlugin(int plugin) {
-  TOKAInspection out;
-  TOKAInspectDisplay(plugin, out);
-  TOKAInspectFlightLoops(plugin, out);
-  TOKAInspectMenus(plugin, out);
-  TOKAInspectCommands(plugin, out);
-  TOKAInspectDataRefs(plugin, out);
-  TOKAInspectSharedData(plugin, out);
-  TOKAInspectScenery(plugin, out);
-  TOKAInspectCamera(plugin, out);
-  TOKAInspectPlanes(plugin, out);
+TOKASurvey TOKASurveyPlugin(int plugin) {
+  TOKASurvey out;
+  TOKASurveyDisplay(plugin, out);
+  TOKASurveyFlightLoops(plugin, out);
+  TOKASurveyMenus(plugin, out);
+  TOKASurveyCommands(plugin, out);
+  TOKASurveyDataRefs(plugin, out);
+  TOKASurveySharedData(plugin, out);
+  TOKASurveyScenery(plugin, out);
+  TOKASurveyCamera(plugin, out);
+  TOKASurveyPlanes(plugin, out);
   if (TOKAIsValidPluginID(plugin))
-    out.owned[kInspectPendingLoads] +=
+    out.owned[kSurveyPendingLoads] +=
         CountQueue(gAllPlugins[plugin].pending) + CountQueue(gAllPlugins[plugin].held);
   return out;
 }
@@ -112,14 +112,14 @@ TOKACost TOKAPluginCost(int plugin) {
   return plugin >= 0 && plugin < (int)gCosts.size() ? gCosts[plugin] : TOKACost();
 }
 
-static TOKAInspectObserver_f gInspectObserver = nullptr;
+static TOKASurveyObserver_f gSurveyObserver = nullptr;
 static TOKAStartObserver_f gStartObserver = nullptr;
 
-void TOKASetInspectObserver(TOKAInspectObserver_f observer) { gInspectObserver = observer; }
+void TOKASetSurveyObserver(TOKASurveyObserver_f observer) { gSurveyObserver = observer; }
 void TOKASetStartObserver(TOKAStartObserver_f observer) { gStartObserver = observer; }
 
-void TOKANoteInspectMoment(int moment, int plugin) {
-  if (gInspectObserver) gInspectObserver(moment, plugin);
+void TOKANoteSurveyMoment(int moment, int plugin) {
+  if (gSurveyObserver) gSurveyObserver(moment, plugin);
 }
 
 // The guard is a byte a text never ends in, and ends in a zero, so that a
