@@ -173,6 +173,10 @@ TOKA_API TOKADataRef TOKARegisterDataAccessor(
     TOKASetDatavf_f writeFloatArray, TOKAGetDatab_f readData, TOKASetDatab_f writeData,
     void* readRefcon, void* writeRefcon) {
   TOKA_NOTE_CALL();
+  if (!name) {
+    TOKASendError("Null dataref name passed to TOKARegisterDataAccessor.");
+    return nullptr;
+  }
   TOKAData_t* record;
   auto found = gDataRefs.find(std::string_view(name));
   if (found != gDataRefs.end()) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "data/datarefs.h"
+#include "loader/enabling.h"
 #include "loader/survey.h"
 #include "loader/plugin_records.h"
 
@@ -206,6 +207,10 @@ static TOKASharedDataRecord* CreateSharedData(const char* name, int type) {
 TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                            void* refcon) {
   TOKA_NOTE_CALL();
+  if (!name) {
+    TOKASendError("Null name passed to TOKAShareData.");
+    return 0;
+  }
   TOKA_CHECK_SHARED_DATA_NAME(name);
   TOKASharedDataRecord* record = FindSharedData(name);
   if (record && record->type != type) return 0;
@@ -221,6 +226,7 @@ TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChange
 TOKA_API int TOKAUnshareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                              void* refcon) {
   TOKA_NOTE_CALL();
+  if (!name) return 0;
   TOKA_CHECK_SHARED_DATA_NAME(name);
   if (!callback) return 0;
   TOKASharedDataRecord* record = FindSharedData(name);

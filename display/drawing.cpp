@@ -177,12 +177,7 @@ private:
 // reflection pass (flag 1) only plugins that asked for reflections are
 // called. The result is the bitwise AND of the results of the calls made:
 // 0 asks the simulator to skip its own drawing of the phase.
-static int DispatchPhase(int phase, int slot, int before, int reflection) {
-  // Nobody draws here and no removal waits for a walk to end: a walk would
-  // change nothing. Most phases of most frames are such.
-  if (!gDrawCallbacks.needs_clean && gDrawIndex && gDrawIndex->changes == gDrawCallbacks.changes &&
-      gDrawIndex->records[slot][before].empty())
-    return 1;
+__attribute__((noinline)) static int WalkPhase(int phase, int slot, int before, int reflection) {
   TOKAResourceHold<TOKADrawCallbackRecord> hold(gDrawCallbacks);
   int result = 1;
   {
@@ -197,6 +192,17 @@ static int DispatchPhase(int phase, int slot, int before, int reflection) {
   }
   gDrawCallbacks.EndIterate();
   return result;
+}
+
+// Nobody draws here and no removal waits for a walk to end: a walk would
+// change nothing. Most phases of most frames are such, so this test comes
+// before anything else, without the walk's set-up.
+static inline int DispatchPhase(int phase, int slot, int before, int reflection) {
+  const DrawIndex* index = gDrawIndex;
+  if (!gDrawCallbacks.needs_clean && index && index->changes == gDrawCallbacks.changes &&
+      index->records[slot][before].empty())
+    return 1;
+  return WalkPhase(phase, slot, before, reflection);
 }
 
 // Back to front, so that the front window ends up on top.

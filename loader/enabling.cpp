@@ -72,7 +72,9 @@ void TOKADisableACFPlugins() {
   for (int id : ids) TOKADisablePlugin(id);
 }
 
+// A null name is no feature's name.
 int TOKAFeatureToID(const char* name) {
+  if (!name) return -1;
   for (int id = 0; id < 2; ++id)
     if (std::strcmp(name, kFeatureNames[id]) == 0) return id;
   return -1;

@@ -89,6 +89,7 @@ TOKA_API void TOKAGetPluginInfo(TOKAPluginID plugin, char* outName, char* outFil
 
 TOKA_API TOKAPluginID TOKAFindPluginByPath(const char* path) {
   TOKA_NOTE_CALL();
+  if (!path) return -1;
   std::string wanted(path);
   if (TOKANeedPathConvert()) TOKAOldToUTF8(wanted);
   for (size_t id = 0; id < gAllPlugins.size(); ++id)
@@ -98,6 +99,7 @@ TOKA_API TOKAPluginID TOKAFindPluginByPath(const char* path) {
 
 TOKA_API TOKAPluginID TOKAFindPluginBySignature(const char* signature) {
   TOKA_NOTE_CALL();
+  if (!signature) return -1;
   for (size_t id = 0; id < gAllPlugins.size(); ++id)
     if (gAllPlugins[id].signature == signature) return (int)id;
   return -1;

@@ -77,6 +77,10 @@ static TOKACommandHookMap& HooksFor(int before) {
 
 TOKA_API TOKACommandRef TOKACreateCommand(const char* name, const char* description) {
   TOKA_NOTE_CALL();
+  if (!name) {
+    TOKASendError("Null command name passed to TOKACreateCommand.");
+    return nullptr;
+  }
   // "sim/" names are the simulator's own. Plugins have long shipped such
   // commands, so the author is warned and the command is created anyway.
   if (std::strncmp(name, "sim/", 4) == 0) {
@@ -90,6 +94,8 @@ TOKA_API TOKACommandRef TOKACreateCommand(const char* name, const char* descript
 
 TOKA_API TOKACommandRef TOKAFindCommand(const char* name) {
   TOKA_NOTE_CALL();
+  // No name names no command; the simulator is not asked.
+  if (!name) return nullptr;
   TOKACommandRef command = gHostServices->CreateCommand(name, nullptr, 0);
   TOKA_NOTE_ISSUED(kHandleCommand, command);
   return command;

@@ -55,7 +55,8 @@ TOKA_API int TOKAGetDirectoryContents(const char* directoryPath, int firstReturn
                                       int* outTotalFiles, int* outReturnedFiles) {
   TOKA_NOTE_CALL();
   const bool convert = TOKANeedPathConvert();
-  std::string folder = directoryPath;
+  // No path lists as a folder that cannot be read: nothing in it.
+  std::string folder = directoryPath ? directoryPath : "";
   if (convert) TOKAOldToUTF8(folder);
   std::vector<std::string> names;
   TOKAFetchDirectoryContents(folder.c_str(), "*.*", names);
@@ -88,6 +89,7 @@ TOKA_API const char* TOKAGetDirectorySeparator(void) {
 
 TOKA_API char* TOKAExtractFileAndPath(char* fullPath) {
   TOKA_NOTE_CALL();
+  if (!fullPath) return nullptr;
   const char separator = TOKAGetDirectorySeparator()[0];
   int i = (int)std::strlen(fullPath) - 1;
   if (i >= 0 && fullPath[i] == separator) fullPath[i--] = 0;

@@ -137,6 +137,10 @@ TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPat
 
 TOKA_API void TOKASetUsersAircraft(const char* path) {
   TOKA_NOTE_CALL();
+  if (!path) {
+    TOKASendError("Null aircraft path passed to TOKASetUsersAircraft.");
+    return;
+  }
   std::string converted = ToUTF8(path);
   // The name is looked for in the path as the plugin gave it. Without any
   // separator the search stops at the first character and the name starts
