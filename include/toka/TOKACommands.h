@@ -25,11 +25,13 @@ typedef int (*TOKACommandCallback_f)(TOKACommandRef command, int phase, void* re
  * returns it. Names starting with "sim/" belong to the simulator: such a
  * name reports "Plugin is illegally registering a command with the prefix
  * sim/" and logs "It is illegal to register a command starting with sim/"
- * as a warning, and the command is created all the same. */
+ * as a warning, and the command is created all the same. A null name
+ * reports "Null command name passed to TOKACreateCommand." and returns
+ * null. */
 TOKA_API TOKACommandRef TOKACreateCommand(const char* name, const char* description);
 
 /* The command of that name, or whatever the simulator answers (null when
- * it knows none). */
+ * it knows none). Null for a null name, without asking the simulator. */
 TOKA_API TOKACommandRef TOKAFindCommand(const char* name);
 
 /* Presses a command down and holds it for the calling plugin: the simulator

@@ -55,7 +55,8 @@ TOKA_API TOKADataRef TOKAFindDataRef(const char* name);
  * registered before and its owner has gone, the earlier handle is reused.
  * If a live owner holds the name, reports "Dataref is already registered by
  * someone else." and returns that owner's handle, changing nothing (this
- * happens also when the caller itself is the owner). */
+ * happens also when the caller itself is the owner). A null name reports
+ * "Null dataref name passed to TOKARegisterDataAccessor." and returns null. */
 TOKA_API TOKADataRef TOKARegisterDataAccessor(
     const char* name, TOKADataTypeID types, int writable, TOKAGetDatai_f readInt,
     TOKASetDatai_f writeInt, TOKAGetDataf_f readFloat, TOKASetDataf_f writeFloat,
@@ -113,7 +114,8 @@ typedef void (*TOKADataChanged_f)(void* refcon);
  * calling plugin, after every write by anyone, the writer included, in
  * order of subscription. Returns 1, or 0 if name is already shared with
  * another type (then nothing is subscribed). Subscriptions end when the
- * subscribing plugin is unloaded. */
+ * subscribing plugin is unloaded. A null name reports "Null name passed to
+ * TOKAShareData." and returns 0. */
 TOKA_API int TOKAShareData(const char* name, TOKADataTypeID type, TOKADataChanged_f callback,
                            void* refcon);
 

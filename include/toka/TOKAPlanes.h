@@ -49,7 +49,8 @@ TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outControlle
  * user's aircraft) into two caller buffers of 512 bytes. */
 TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPath);
 
-/* Loads a new model for the user's aircraft. */
+/* Loads a new model for the user's aircraft. A null path reports "Null
+ * aircraft path passed to TOKASetUsersAircraft." and loads nothing. */
 TOKA_API void TOKASetUsersAircraft(const char* path);
 
 /* The holder re-initialises the user's aircraft (simulators of version 284

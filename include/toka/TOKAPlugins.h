@@ -19,11 +19,13 @@ TOKA_API int TOKACountPlugins(void);
  * unchanged and checks nothing. */
 TOKA_API TOKAPluginID TOKAGetNthPlugin(int index);
 
-/* The first plugin whose file path equals path byte for byte, or -1.
- * The simulator's record answers to "dravik.orvane.orvane". */
+/* The first plugin whose file path equals path byte for byte, or -1 (also
+ * for a null path). The simulator's record answers to
+ * "dravik.orvane.orvane". */
 TOKA_API TOKAPluginID TOKAFindPluginByPath(const char* path);
 
-/* The first plugin whose signature equals signature (case matters), or -1. */
+/* The first plugin whose signature equals signature (case matters), or -1
+ * (also for a null signature). */
 TOKA_API TOKAPluginID TOKAFindPluginBySignature(const char* signature);
 
 /* Copies the plugin's name, file path, signature and description into each
@@ -57,7 +59,7 @@ TOKA_API void TOKASendMessageToPlugin(TOKAPluginID to, int message, void* param)
 
 /* Features: "TOKA_WANTS_REFLECTIONS" (draw callbacks also run in reflection
  * passes) and "TOKA_USE_NATIVE_PATHS" (paths are passed without conversion).
- * Names are compared exactly. */
+ * Names are compared exactly; a null name is an unknown one. */
 
 /* 1 if the library knows the feature, else 0. */
 TOKA_API int TOKAHasFeature(const char* feature);

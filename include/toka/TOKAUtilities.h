@@ -23,7 +23,8 @@ TOKA_BEGIN_DECLS
  * Returns 1 when every name from firstReturn on was copied with room for the
  * extra terminator and null entry to spare, else 0 (so a listing that fills
  * the buffer or the index array exactly returns 0). With a null buffer
- * nothing is copied: use that to learn the number of entries. */
+ * nothing is copied: use that to learn the number of entries. A null
+ * directoryPath lists as an unreadable folder: no entries. */
 TOKA_API int TOKAGetDirectoryContents(const char* directoryPath, int firstReturn,
                                       char* outFileNames, int fileNameBufSize,
                                       char** outIndices, int indexCount,
@@ -36,7 +37,8 @@ TOKA_API const char* TOKAGetDirectorySeparator(void);
 /* Splits a path in place. A trailing separator is removed first. The last
  * separator is then overwritten with a terminator, so that fullPath holds
  * the folder, and a pointer to the file name after it is returned. A path
- * without a separator is left whole and returned as the file name. */
+ * without a separator is left whole and returned as the file name. A null
+ * path returns null. */
 TOKA_API char* TOKAExtractFileAndPath(char* fullPath);
 
 /* Writes the simulator's root folder (ending in the separator) into
