@@ -2,6 +2,8 @@
 // codes, and what disabling and unloading a plugin withdraw from the display.
 #include "harness/display_scripts.h"
 
+#include <deque>
+
 using namespace toka_test;
 
 namespace {
@@ -70,21 +72,47 @@ protected:
   }
 };
 
-TEST_F(Drawing, CodesServeTheirPhasesAndTwentyDrawsTheWindowsBackToFront) {
-  // Before callbacks (alpha's) ask to skip their phase, after callbacks
-  // (beta's) answer 0, which no code may report.
-  ScriptedCallback b30{"B30", 0}, a30{"A30", 0}, b35{"B35", 0}, a35{"A35", 0};
-  Draw(alpha, b30, 30, 1);
-  Draw(beta, a30, 30, 0);
-  Draw(alpha, b35, 35, 1);
-  Draw(beta, a35, 35, 0);
+TEST_F(Drawing, TwentyDrawsTheVisibleWindowsBackToFrontAheadOfItsCallbacks) {
+  ScriptedCallback after{"after"};
+  Draw(alpha, after, 50, 0);
   ScriptedWindow back{"back"}, hidden{"hidden"}, front{"front"};
   OpenWindow(alpha, back, 0, 100, 100, 0);
   OpenWindow(beta, hidden, 0, 100, 100, 0, 0);
   OpenWindow(beta, front, 50, 100, 150, 0);
-  EXPECT_EQ((Lines{"B30.draw(30,1)@1", "A30.draw(30,0)@2"}), Frame(12, 1));
-  EXPECT_EQ((Lines{"B35.draw(35,1)@1", "A35.draw(35,0)@2"}), Frame(13, 0));
-  EXPECT_EQ((Lines{"back.draw()@1", "front.draw()@2"}), Frame(20));
+  EXPECT_EQ((Lines{"back.draw()@1", "front.draw()@2", "after.draw(50,0)@1"}), Frame(20));
+}
+
+TEST_F(Drawing, EachCodeServesItsOwnPhaseAndPositionsAndReportsAsPluginsExpect) {
+  // Every drawn phase has a before and an after callback, both answering 0.
+  std::deque<ScriptedCallback> callbacks;
+  for (int phase : {0, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 100, 101, 102})
+    for (int before : {1, 0}) {
+      callbacks.emplace_back((before ? "b" : "a") + std::to_string(phase), 0);
+      Draw(alpha, callbacks.back(), phase, before);
+    }
+  auto both = [](int phase) {
+    std::string p = std::to_string(phase);
+    return Lines{"b" + p + ".draw(" + p + ",1)@1", "a" + p + ".draw(" + p + ",0)@1"};
+  };
+  auto before = [](int phase) {
+    std::string p = std::to_string(phase);
+    return Lines{"b" + p + ".draw(" + p + ",1)@1"};
+  };
+  auto after = [](int phase) {
+    std::string p = std::to_string(phase);
+    return Lines{"a" + p + ".draw(" + p + ",0)@1"};
+  };
+  // Codes 12 and 18 never let the before callbacks skip their phase, 55 comes
+  // ahead of 50 and 101 ahead of 100; codes outside 1 to 26 draw nothing.
+  const std::vector<std::pair<Lines, int>> expected = {
+      {{}, 1},          {both(0), 0},     {before(5), 0},  {after(5), 1},    {before(10), 0},
+      {after(10), 1},   {before(15), 0},  {after(15), 1},  {before(20), 0},  {after(20), 1},
+      {before(25), 0},  {after(25), 1},   {both(30), 1},   {both(35), 0},    {before(40), 0},
+      {after(40), 1},   {before(45), 0},  {after(45), 1},  {both(55), 1},    {before(50), 0},
+      {after(50), 1},   {before(101), 0}, {after(101), 1}, {before(100), 0}, {after(100), 1},
+      {before(102), 0}, {after(102), 1},  {{}, 1}};
+  for (int code = 0; code < (int)expected.size(); ++code)
+    EXPECT_EQ(expected[code].first, Frame(code, expected[code].second)) << "code " << code;
 }
 
 TEST_F(Drawing, BeforeResultsAreAndedBitwiseOverEveryCallbackThatRan) {
