@@ -76,6 +76,21 @@ TEST_F(FlightLoops, RunByTimeAndByCycleInTheirOwnPhaseWithTheirArguments) {
   EXPECT_EQ(12, TOKAGetCycleNumber());
 }
 
+TEST_F(FlightLoops, SecondsCompareWithTheFloatSumAndCyclesKeepTheirFractions) {
+  now = 0;
+  // After a run at 1 that asks for 0.3 s more, the loop is due at 1.3f,
+  // which lies below the exact sum of 1 and 0.3f: the sum is taken in float,
+  // as the plugin computes it, in every build.
+  Loop seconds{"s", {0.3f, 0}}, cycles{"c", {-1.5f}};
+  Create(alpha, seconds, 1, 1.0f);
+  Create(beta, cycles, 1, -1.5f);
+  Lines runs;
+  for (float t : {1.0f, 1.3f, 1.4f, 1.5f, 1.6f})
+    for (const std::string& run : Pass(t, 10)) runs.push_back(run);
+  // -1.5 cycles is every second pass, not every one.
+  EXPECT_EQ((Lines{"s 1 1 #1@1", "c 1.3 1.3 #2@2", "s 0.3 1.3 #2@1", "c 0.2 1.5 #4@2"}), runs);
+}
+
 TEST_F(FlightLoops, OwnershipAndCreationMistakesAreReportedToTheCaller) {
   RecordErrorsOf(alpha);
   RecordErrorsOf(beta);
