@@ -43,6 +43,25 @@ TEST_F(Commands, HandlersRunBeforeNewestFirstAfterOldestFirstUntilOneStops) {
   EXPECT_EQ((Lines{"a2:2@1", "a1:2@1"}), Dispatch(0, 1, 1, 1));
 }
 
+TEST_F(Commands, HandlersChangedDuringADispatchTakeEffectAtTheRightCall) {
+  // a runs first; it unregisters b and itself and registers c (beta's).
+  ScriptedCallback a("a"), b("b"), c("c"), d("d");
+  RunAs(2, [&] { TOKARegisterCommandHandler(kCommand, RunHandler, 1, &d); });
+  RunAs(1, [&] {
+    TOKARegisterCommandHandler(kCommand, RunHandler, 1, &b);
+    TOKARegisterCommandHandler(kCommand, RunHandler, 1, &a);
+  });
+  a.onCall = [&] {
+    TOKAUnregisterCommandHandler(kCommand, RunHandler, 1, &b);
+    TOKAUnregisterCommandHandler(kCommand, RunHandler, 1, &a);
+    RunAs(2, [&] { TOKARegisterCommandHandler(kCommand, RunHandler, 1, &c); });
+  };
+  // The removed handler is not called; the new one waits for the next
+  // dispatch, where it runs first.
+  EXPECT_EQ((Lines{"a:0@1", "d:0@2"}), Dispatch(1, 0, 1, 1));
+  EXPECT_EQ((Lines{"c:2@2", "d:2@2"}), Dispatch(0, 1, 1, 1));
+}
+
 TEST_F(Commands, SimPrefixedNamesWarnButAreCreatedAndLookupsCreateNothing) {
   host.onCall[55] = [](const HostCall& call) -> intptr_t { return 0x7000 + call.arg<int>(2); };
   std::vector<TOKACommandRef> made;
