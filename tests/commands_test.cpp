@@ -100,4 +100,34 @@ TEST_F(Commands, HeldButtonsRepeatInOneCallOnEachProcessingPass) {
   EXPECT_EQ((Lines{"0/1:5,7"}), sent);
 }
 
+TEST_F(Commands, HeldCommandsContinueOnEveryRepeatEventWhileTheirPluginIsEnabled) {
+  TOKACommandRef other = (TOKACommandRef)0x6000;
+  RunAs(1, [&] {
+    TOKACommandBegin(kCommand);
+    TOKACommandBegin(other);
+    TOKACommandEnd(other);
+  });
+  auto continued = [&] {
+    host.ClearRecords();
+    TOKAEventHook(9, 0, 0, 0);
+    std::vector<TOKACommandRef> commands;
+    for (const HostCall& call : host.CallsTo(57)) commands.push_back(call.arg<TOKACommandRef>(0));
+    return commands;
+  };
+  const std::vector<TOKACommandRef> held = {kCommand}, none = {};
+  EXPECT_EQ(held, continued());
+  EXPECT_EQ(held, continued());
+  // Disabling pauses the repeat without ending the command.
+  TOKADisablePlugin(1);
+  EXPECT_EQ(none, continued());
+  EXPECT_EQ(0u, host.CountCalls(58));
+  TOKAEnablePlugin(1);
+  EXPECT_EQ(held, continued());
+  // Only its holder ends it.
+  RunAs(2, [&] { TOKACommandEnd(kCommand); });
+  EXPECT_EQ(held, continued());
+  RunAs(1, [&] { TOKACommandEnd(kCommand); });
+  EXPECT_EQ(none, continued());
+}
+
 }  // namespace
