@@ -40,6 +40,28 @@ TEST_F(SharedData, FirstShareSetsTheTypeAndEveryWriteNotifiesEverySubscriberAsIt
   EXPECT_EQ((Lines{"changed(2)@2", "changed(3)@1"}), During([&] { TOKASetDatai(ref, 6); }));
 }
 
+// The first notification writes the item again and subscribes beta a
+// second time, which may move the subscriber array under the walk.
+int gRewrites = 0;
+void WriteAgain(void*) {
+  Log("rewrite");
+  if (gRewrites++) return;
+  RunAs(2, [] { TOKAShareData("shared/r", DataTypeInt, Changed, R(3)); });
+  TOKASetDatai(TOKAFindDataRef("shared/r"), 2);
+}
+
+TEST_F(SharedData, ANotificationThatWritesAgainNotifiesEveryoneWithinIt) {
+  Share(a, "shared/r", DataTypeInt, WriteAgain, nullptr);
+  Share(b, "shared/r", DataTypeInt, Changed, R(2));
+  TOKADataRef ref = TOKAFindDataRef("shared/r");
+  // The nested write is heard by all three first; the outer walk then goes
+  // on to the subscriber added during it.
+  EXPECT_EQ((Lines{"rewrite@1", "rewrite@1", "changed(2)@2", "changed(3)@2", "changed(2)@2",
+                   "changed(3)@2"}),
+            During([&] { RunAs(a, [&] { TOKASetDatai(ref, 1); }); }));
+  EXPECT_EQ(2, TOKAGetDatai(ref));
+}
+
 TEST_F(SharedData, ArraysAndBytesGrowOnWriteAndReadsStayWithinThem) {
   Share(a, "shared/vi", DataTypeIntArray, nullptr, nullptr);
   Share(a, "shared/b", DataTypeData, nullptr, nullptr);
