@@ -58,6 +58,20 @@ std::vector<Forwarder> Forwarders() {
           Fake<char>(0x5004), Fake<TOKANavRef>(0x5040), Fake<int>(0x5044), Fake<float>(0x5048),
           Fake<float>(0x504C)),
       Row("TOKASetFMSEntryLatLon", 49, TOKASetFMSEntryLatLon, 9, 47.4647f, -122.3088f, 12000),
+      Row("TOKAGenerateTextureNumbers", 6, TOKAGenerateTextureNumbers, Fake<int>(0x6000), 3),
+      Row("TOKAGetTexture", 7, TOKAGetTexture, 17),
+      Row("TOKAGetFontDimensions", 13, TOKAGetFontDimensions, 18, Fake<int>(0x6100),
+          Fake<int>(0x6104), Fake<int>(0x6108)),
+      Row("TOKAGetFirstNavAid", 36, TOKAGetFirstNavAid),
+      Row("TOKAGetNextNavAid", 37, TOKAGetNextNavAid, 0x6200),
+      Row("TOKAGetNavAidInfo", 41, TOKAGetNavAidInfo, 0x6300, Fake<int>(0x6304),
+          Fake<float>(0x6308), Fake<float>(0x630C), Fake<float>(0x6310), Fake<int>(0x6314),
+          Fake<float>(0x6318), Fake<char>(0x6320), Fake<char>(0x6340), Fake<char>(0x6380)),
+      Row("TOKACountFMSEntries", 42, TOKACountFMSEntries),
+      Row("TOKASetFMSEntryInfo", 48, TOKASetFMSEntryInfo, 11, 0x6400, 9000),
+      Row("TOKAClearFMSEntry", 50, TOKAClearFMSEntry, 13),
+      Row("TOKAGetGPSDestinationType", 51, TOKAGetGPSDestinationType),
+      Row("TOKAGetGPSDestination", 52, TOKAGetGPSDestination),
   };
 }
 
