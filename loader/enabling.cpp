@@ -111,6 +111,7 @@ TOKA_API void TOKAEnableFeature(const char* feature, int enable) {
 
 TOKA_API void TOKAEnumerateFeatures(TOKAFeatureEnumerator_f callback, void* refcon) {
   TOKA_NOTE_CALL();
+  if (!callback) return;
   for (const char* name : kFeatureNames) callback(name, refcon);
 }
 

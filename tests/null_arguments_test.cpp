@@ -1,6 +1,6 @@
-// Names, paths and texts passed as null: a call that would publish or act on
-// the name refuses with an error text, a look-up finds nothing, and no call
-// reads through the null or hands it to the simulator.
+// Names, paths, buffers and callbacks passed as null: a call that would
+// publish or act on a name refuses with an error text, a look-up finds
+// nothing, and no call reads or writes through the null.
 #include "harness/harness.h"
 
 #include "toka/TOKA.h"
@@ -31,6 +31,11 @@ TEST_F(NullArguments, AreRefusedOrFindNothingAndNeverReachTheHost) {
     };
     TOKAEnableFeature(nullptr, 1);
     TOKASetUsersAircraft(nullptr);
+    // No callback to call, no buffer to convert a path in.
+    TOKAEnumerateFeatures(nullptr, nullptr);
+    TOKAGetSystemPath(nullptr);
+    TOKAGetPrefsPath(nullptr);
+    TOKAGetNthAircraftModel(0, nullptr, nullptr);
   });
   EXPECT_EQ((std::vector<long>{0, 0, 0, 0, -1, -1, 0, 0, 0}), results);
   EXPECT_EQ((Lines{"error(Null dataref name passed to TOKARegisterDataAccessor.)@1",

@@ -46,7 +46,8 @@ TOKA_API void TOKADrawAircraft(int index, float x, float y, float z, float pitch
 TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outController);
 
 /* Writes the model file name and the full path of aircraft index (0 = the
- * user's aircraft) into two caller buffers of 512 bytes. */
+ * user's aircraft) into two caller buffers of 512 bytes; a null buffer is
+ * left out. */
 TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPath);
 
 /* Loads a new model for the user's aircraft. A null path reports "Null

@@ -74,7 +74,8 @@ TOKA_API int TOKAIsFeatureEnabled(const char* feature);
  * name. */
 TOKA_API void TOKAEnableFeature(const char* feature, int enable);
 
-/* Calls callback once per feature name, in a fixed order. */
+/* Calls callback once per feature name, in a fixed order (a null callback:
+ * nothing). */
 typedef void (*TOKAFeatureEnumerator_f)(const char* feature, void* refcon);
 TOKA_API void TOKAEnumerateFeatures(TOKAFeatureEnumerator_f callback, void* refcon);
 

@@ -42,11 +42,11 @@ TOKA_API const char* TOKAGetDirectorySeparator(void);
 TOKA_API char* TOKAExtractFileAndPath(char* fullPath);
 
 /* Writes the simulator's root folder (ending in the separator) into
- * outSystemPath, which must hold 512 bytes. */
+ * outSystemPath, which must hold 512 bytes (null: nothing is written). */
 TOKA_API void TOKAGetSystemPath(char* outSystemPath);
 
 /* Writes the path of the simulator's preferences file into outPrefsPath,
- * which must hold 512 bytes. */
+ * which must hold 512 bytes (null: nothing is written). */
 TOKA_API void TOKAGetPrefsPath(char* outPrefsPath);
 
 /* Saves or loads one of the simulator's data files; fileType is 1 or 2, what
