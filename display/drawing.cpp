@@ -210,7 +210,8 @@ static void DrawWindows() {
   TOKAResourceHold<TOKAWindowCallbackRecord> hold(gWindows);
   for (TOKAWindowCallbackRecord* record = gWindows.BeginReverseIterate(); record;
        record = record->get_prev()) {
-    if (record->is_dead() || !record->visible) continue;
+    // A window made without a draw callback has nothing to draw.
+    if (record->is_dead() || !record->visible || !record->draw_func) continue;
     StDispatchCallback context(record->plugin);
     if (context()) record->draw_func(record, record->refcon);
   }

@@ -120,7 +120,9 @@ static int MouseDown(int x, int y) {
   TOKAResourceHold<TOKAWindowCallbackRecord> hold(gWindows);
   for (TOKAWindowCallbackRecord* record = gWindows.BeginIterate(); record;
        record = record->get_next()) {
-    if (record->is_dead() || !Contains(record, x, y)) continue;
+    // A window made without a mouse callback cannot take the click: the
+    // windows behind it are offered it, as when a callback declines.
+    if (record->is_dead() || !Contains(record, x, y) || !record->mouse_func) continue;
     StDispatchCallback context(record->plugin);
     if (!context()) continue;
     if (record->mouse_func(record, x, y, TOKA_MOUSE_DOWN, record->refcon) == 0) continue;

@@ -1,4 +1,5 @@
 // Messages between plugins, and the delivery queues.
+#include <algorithm>
 #include <cstdint>
 
 #include "loader/deliveries.h"
@@ -127,13 +128,14 @@ void TOKASendDelivery(TOKADelivery* delivery) {
 TOKA_API void TOKASendMessageToPlugin(TOKAPluginID to, int message, void* param) {
   TOKA_NOTE_CALL();
   int sender = TOKAGetDispatchedPlugin();
-  int first = to, last = to;
+  // A single target past the list reaches nobody; the broadcast goes to the
+  // plugins there are when it starts.
+  int first = to, last = std::min(to, (int)gAllPlugins.size() - 1);
   if (to == -1) {
     first = 0;
     last = (int)gAllPlugins.size() - 1;
   }
   for (int id = first; id <= last; ++id) {
-    // A single target past the list reaches nobody.
     if (id == 0 || !TOKAIsValidPluginID(id)) continue;
     TOKAPluginReceiveMessage_f entry = gAllPlugins[id].message;
     if (!entry) continue;

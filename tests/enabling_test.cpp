@@ -2,6 +2,8 @@
 // messages between plugins.
 #include "harness/harness.h"
 
+#include <climits>
+
 using namespace toka_test;
 
 namespace {
@@ -63,7 +65,7 @@ TEST_F(Messages, BroadcastReachesEveryEnabledPluginInIDOrderAndNestedSendsRestor
   // The simulator, a plugin without a message entry, a disabled plugin and
   // targets out of range get nothing, and nothing breaks.
   ASSERT_EQ(5, TOKACountPlugins());
-  for (int target : {4, 0, 2, 5, -7}) TOKASendMessageToPlugin(target, 1, nullptr);
+  for (int target : {4, 0, 2, 5, -7, INT_MAX}) TOKASendMessageToPlugin(target, 1, nullptr);
   EXPECT_EQ(Lines{}, Events());
 
   TOKAEnablePlugin(2);

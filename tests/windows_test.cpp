@@ -35,7 +35,15 @@ TEST_F(Windows, CreationChecksTheParameterBlocksSizeAndTakesMouseBeforeKey) {
   TOKATakeKeyboardFocus(window);
   EXPECT_EQ(0, TOKAKeyPressHook('a', 0, 'A'));
   TOKADoDrawingHook(20, 0);  // a drag, then the drawing
-  EXPECT_EQ((Lines{"click1@1", "key0@1", "click2@1", "draw@1"}), Events());
+  EXPECT_EQ((Lines{"click1@1", "key0@1", "click2@1", "draw@1"}), TakeEvents());
+  TOKAMouseClickHook(5, 5, 0);
+  // A window made without callbacks, in front, draws nothing and passes the
+  // click on.
+  RunAs(beta, [] { TOKACreateWindow(0, 10, 10, 0, 1, nullptr, nullptr, nullptr, nullptr); });
+  TakeEvents();
+  EXPECT_EQ(0, TOKAMouseClickHook(5, 5, 1));
+  TOKADoDrawingHook(20, 0);
+  EXPECT_EQ((Lines{"click1@1", "click2@1", "draw@1"}), Events());
 }
 
 TEST_F(Windows, UnloadingAPluginWithdrawsItsDisplayRecordsAndReleasesFocusAndDrag) {
