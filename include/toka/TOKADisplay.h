@@ -54,8 +54,10 @@ typedef struct TOKACreateWindow_t {
 } TOKACreateWindow_t;
 
 /* Creates a window owned by the calling plugin, in front of all others,
- * without cursor or wheel callbacks. Nothing is checked. The handle is valid
- * until TOKADestroyWindow or until the plugin is unloaded. */
+ * without cursor or wheel callbacks. Nothing is checked: a window without a
+ * draw callback draws nothing, and one without a mouse callback passes
+ * clicks on to the windows behind it. The handle is valid until
+ * TOKADestroyWindow or until the plugin is unloaded. */
 TOKA_API TOKAWindowID TOKACreateWindow(int left, int top, int right, int bottom, int visible,
                                        TOKADrawWindow_f draw, TOKAHandleKey_f key,
                                        TOKAHandleMouseClick_f mouse, void* refcon);
