@@ -111,7 +111,7 @@ void TOKAConvertHostPath(char* path) {
 TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
   TOKA_NOTE_CALL();
   // Without a buffer the simulator still answers, into one of ours.
-  char scratch[kPathBufferSize];
+  char scratch[kPathBufferSize] = "";
   if (!outSystemPath) outSystemPath = scratch;
   gHostServices->GetSystemPath(outSystemPath);
   TOKAConvertHostPath(outSystemPath);
@@ -119,7 +119,7 @@ TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
 
 TOKA_API void TOKAGetPrefsPath(char* outPrefsPath) {
   TOKA_NOTE_CALL();
-  char scratch[kPathBufferSize];
+  char scratch[kPathBufferSize] = "";
   if (!outPrefsPath) outPrefsPath = scratch;
   gHostServices->GetPrefsPath(outPrefsPath);
   TOKAConvertHostPath(outPrefsPath);

@@ -132,7 +132,7 @@ TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outControlle
 TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPath) {
   TOKA_NOTE_CALL();
   // A buffer the plugin did not pass is one of ours: the simulator fills both.
-  char scratchName[512], scratchPath[512];
+  char scratchName[512] = "", scratchPath[512] = "";
   if (!outFileName) outFileName = scratchName;
   if (!outPath) outPath = scratchPath;
   gHostServices->GetNthAircraftModel(index, outPath, outFileName);
