@@ -111,16 +111,22 @@ void TOKAConvertHostPath(char* path) {
 TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
   TOKA_NOTE_CALL();
   // Without a buffer the simulator still answers, into one of ours.
-  char scratch[kPathBufferSize] = "";
-  if (!outSystemPath) outSystemPath = scratch;
+  char scratch[kPathBufferSize];
+  if (!outSystemPath) {
+    scratch[0] = 0;
+    outSystemPath = scratch;
+  }
   gHostServices->GetSystemPath(outSystemPath);
   TOKAConvertHostPath(outSystemPath);
 }
 
 TOKA_API void TOKAGetPrefsPath(char* outPrefsPath) {
   TOKA_NOTE_CALL();
-  char scratch[kPathBufferSize] = "";
-  if (!outPrefsPath) outPrefsPath = scratch;
+  char scratch[kPathBufferSize];
+  if (!outPrefsPath) {
+    scratch[0] = 0;
+    outPrefsPath = scratch;
+  }
   gHostServices->GetPrefsPath(outPrefsPath);
   TOKAConvertHostPath(outPrefsPath);
 }
