@@ -81,8 +81,13 @@ TEST(ValidateBroken, EachBrokenPluginFailsItsOwnCheckOnly) {
   ASSERT_NE(std::string::npos, needs.out.find("[libtoka.so]")) << needs.out;
 
   std::string dir = TOKA_BROKEN_DIR;
+  TempTree tmp;
+  setenv("TMPDIR", tmp.root().c_str(), 1);
   ProgramRun run = Validate("--seed 1 --frames 20 '" + dir + "'");
   EXPECT_EQ(7, run.status) << run.out << run.err;
+  // Nothing stays in the temporary folder, not even from the checks whose
+  // process a plugin crashed.
+  EXPECT_EQ(std::vector<std::string>{}, TempTree::Listing(tmp.root()));
   // The crash's own report, from the check's process: the plugin whose draw
   // callback faulted, inside the drawing hook.
   ExpectInOrder(run.err, {"toka-validate: crashed: SIGSEGV (invalid memory access) at address 0x0\n"

@@ -1,12 +1,14 @@
 // Each check runs in a child process, so that a plugin that crashes, or
 // leaves the world in pieces, ends that check only.
 #include <fcntl.h>
+#include <ftw.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "host/crash.h"
@@ -95,7 +97,36 @@ std::string ReadAll(int fd) {
   }
 }
 
-[[noreturn]] void RunChild(const Check& check, const CheckInput& input, int out) {
+// What a check makes on disk, its worlds and whatever the plugin writes to
+// the temporary folder, lands in a scratch folder of the check's own, which
+// the validator removes when the check's process has ended. A plugin that
+// crashes or hangs ends its process before any clean-up of the process's
+// own could run, and a plugin author validates many times a day.
+bool MakeScratch(std::string& folder, std::string& error) {
+  const char* tmp = std::getenv("TMPDIR");
+  std::string base = tmp && *tmp ? tmp : "/tmp";
+  std::string pattern = base + "/toka-validate-XXXXXX";
+  if (!mkdtemp(&pattern[0])) {
+    error = "cannot make a folder in " + base;
+    return false;
+  }
+  folder = pattern;
+  return true;
+}
+
+int RemoveEntry(const char* path, const struct stat*, int, struct FTW*) {
+  remove(path);
+  return 0;
+}
+
+// Links are removed, never followed: the plugin's own file stays.
+void RemoveScratch(const std::string& folder) {
+  nftw(folder.c_str(), RemoveEntry, 16, FTW_DEPTH | FTW_PHYS);
+}
+
+[[noreturn]] void RunChild(const Check& check, const CheckInput& input, const std::string& scratch,
+                           int out) {
+  setenv("TMPDIR", scratch.c_str(), 1);
   // What plugins print is theirs, not the report's.
   int null = open("/dev/null", O_WRONLY);
   if (null >= 0) dup2(null, STDOUT_FILENO);
@@ -133,8 +164,15 @@ CheckResult RunInChild(const Check& check, const CheckInput& input) {
   CheckResult result;
   result.plugin = input.plugin;
   result.check = check.name;
+  std::string scratch, error;
+  if (!MakeScratch(scratch, error)) {
+    result.status = Status::Fail;
+    result.reason = "cannot start the check: " + error;
+    return result;
+  }
   int pipeEnds[2];
   if (pipe(pipeEnds) != 0) {
+    RemoveScratch(scratch);
     result.status = Status::Fail;
     result.reason = "cannot start the check: no pipe";
     return result;
@@ -144,11 +182,12 @@ CheckResult RunInChild(const Check& check, const CheckInput& input) {
   pid_t child = fork();
   if (child == 0) {
     close(pipeEnds[0]);
-    RunChild(check, input, pipeEnds[1]);
+    RunChild(check, input, scratch, pipeEnds[1]);
   }
   close(pipeEnds[1]);
   if (child < 0) {
     close(pipeEnds[0]);
+    RemoveScratch(scratch);
     result.status = Status::Fail;
     result.reason = "cannot start the check: no process";
     return result;
@@ -158,6 +197,7 @@ CheckResult RunInChild(const Check& check, const CheckInput& input) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
+  RemoveScratch(scratch);
   CheckResult got = result;
   if (WIFSIGNALED(status)) {
     result.status = Status::Fail;

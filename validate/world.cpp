@@ -46,15 +46,11 @@ std::string PlaceInRoot(const std::string& plugin) {
 
 World::World(const std::string& plugin, int frames) : mPlugin(plugin), mFrames(frames) {}
 
+// The root goes with the check's scratch folder (see child.cpp), whatever
+// the plugin wrote into it.
 World::~World() {
   if (mRunning) Stop();
   toka_host::SetOutputCapture(nullptr);
-  if (mRoot.empty()) return;
-  for (size_t i = mMade.size(); i-- > 0;) {
-    std::string path = mRoot + "/" + mMade[i];
-    if (rmdir(path.c_str()) != 0) unlink(path.c_str());
-  }
-  rmdir(mRoot.c_str());
 }
 
 void World::AddFile(const std::string& relative) { mWanted.push_back({relative, true}); }
@@ -64,16 +60,12 @@ void World::AddFolder(const std::string& relative) { mWanted.push_back({relative
 void World::MakePath(const std::string& relative, bool file) {
   for (size_t slash = relative.find('/'); slash != std::string::npos;
        slash = relative.find('/', slash + 1))
-    if (mkdir((mRoot + "/" + relative.substr(0, slash)).c_str(), 0755) == 0)
-      mMade.push_back(relative.substr(0, slash));
+    mkdir((mRoot + "/" + relative.substr(0, slash)).c_str(), 0755);
   std::string path = mRoot + "/" + relative;
   if (file) {
-    if (FILE* made = std::fopen(path.c_str(), "wx")) {
-      std::fclose(made);
-      mMade.push_back(relative);
-    }
-  } else if (mkdir(path.c_str(), 0755) == 0) {
-    mMade.push_back(relative);
+    if (FILE* made = std::fopen(path.c_str(), "wx")) std::fclose(made);
+  } else {
+    mkdir(path.c_str(), 0755);
   }
 }
 
@@ -92,7 +84,6 @@ bool World::MakeRoot(std::string& error) {
     error = "cannot link " + mPlugin + " into " + mRoot;
     return false;
   }
-  mMade.push_back(place);
   for (const auto& wanted : mWanted) MakePath(wanted.first, wanted.second);
   return true;
 }

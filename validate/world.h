@@ -18,7 +18,8 @@ struct WorldError : std::runtime_error {
 };
 
 // A simulator folder of its own for the plugin (Resources/plugins holds a
-// link to it), removed when the session ends.
+// link to it), made in the temporary folder, which is the check's scratch
+// folder: the validator removes it when the check's process ends.
 class World {
 public:
   explicit World(const std::string& plugin, int frames);
@@ -59,7 +60,6 @@ private:
   void MakePath(const std::string& relative, bool file);
 
   std::string mPlugin, mRoot, mLink, mLog;
-  std::vector<std::string> mMade;  // below the root, removed last first
   std::vector<std::pair<std::string, bool>> mWanted;  // AddFile (true) and AddFolder
   mutable std::string mName;
   int mFrames;
