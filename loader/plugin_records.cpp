@@ -75,7 +75,9 @@ TOKA_API int TOKAIsPluginEnabled(TOKAPluginID plugin) {
 TOKA_API void TOKAGetPluginInfo(TOKAPluginID plugin, char* outName, char* outFilePath,
                                 char* outSignature, char* outDescription) {
   TOKA_NOTE_CALL();
-  // The ID is the caller's responsibility, as it always has been.
+  // A bad ID gets no error, as it never has, but nothing is read for it
+  // either: the buffers are left as they are.
+  if (plugin < 0 || (size_t)plugin >= gAllPlugins.size()) return;
   const PluginRecord& record = gAllPlugins[plugin];
   if (outName) strcpytrunc(outName, record.name, 256);
   if (outFilePath) {

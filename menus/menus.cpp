@@ -52,6 +52,22 @@ static bool IsListed(TOKAMenuInfo_t* menu) {
   return std::find(gMenus.begin(), gMenus.end(), menu) != gMenus.end();
 }
 
+// The calls that take a menu do nothing with one that is not listed (null,
+// destroyed, or never made): a plugin that keeps a menu past its
+// destruction must not write into freed memory of the simulator's process.
+// They report nothing either, as they never have; toka-validate names such
+// handles.
+static TOKAMenuInfo_t* ListedMenu(TOKAMenuID menu) {
+  TOKAMenuInfo_t* record = AsMenu(menu);
+  return IsListed(record) ? record : nullptr;
+}
+
+// Enabling and checking an item take the index on trust, without an error
+// for a bad one; an index past the items changes and answers nothing.
+static bool HasItem(const TOKAMenuInfo_t* menu, int index) {
+  return index >= 0 && index < (int)menu->itemHostIDs.size();
+}
+
 static void EraseItem(TOKAMenuInfo_t* menu, int index) {
   menu->itemHostIDs.erase(menu->itemHostIDs.begin() + index);
   menu->itemRefs.erase(menu->itemRefs.begin() + index);
@@ -114,6 +130,7 @@ TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int 
   TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE_OR_NULL(kHandleMenu, parentMenu);
   TOKAMenuInfo_t* parent = AsMenu(parentMenu);
+  if (parent && !IsListed(parent)) return nullptr;
   if (!parent && gPluginsMenu) {
     // A top-level plugin menu hangs from an item of its own in the Plugins
     // menu, whose name is fixed by the plugin and never translated.
@@ -138,7 +155,8 @@ TOKA_API int TOKAAppendMenuItem(TOKAMenuID menuID, const char* name, void* itemR
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
   // Any plugin may add to any menu (plugins share the Plugins menu this
   // way); the item belongs to the plugin that added it.
-  TOKAMenuInfo_t* menu = AsMenu(menuID);
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (!menu) return -1;
   int index = (int)menu->itemHostIDs.size();
   int hostItemID = gHostServices->AppendMenuItem(menu->hostMenuID, index, name, forceEnglish);
   menu->itemHostIDs.push_back(hostItemID);
@@ -155,36 +173,41 @@ TOKA_API int TOKAAppendMenuSeparator(TOKAMenuID menu) {
   return TOKAAppendMenuItem(menu, "-", nullptr, 0);
 }
 
-TOKA_API void TOKASetMenuItemName(TOKAMenuID menu, int index, const char* name,
+TOKA_API void TOKASetMenuItemName(TOKAMenuID menuID, int index, const char* name,
                                   int forceEnglish) {
   TOKA_NOTE_CALL();
-  TOKA_CHECK_HANDLE(kHandleMenu, menu);
-  gHostServices->SetMenuItemName(AsMenu(menu)->hostMenuID, index, name, forceEnglish);
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
+  if (TOKAMenuInfo_t* menu = ListedMenu(menuID))
+    gHostServices->SetMenuItemName(menu->hostMenuID, index, name, forceEnglish);
 }
 
-TOKA_API void TOKAEnableMenuItem(TOKAMenuID menu, int index, int enabled) {
+TOKA_API void TOKAEnableMenuItem(TOKAMenuID menuID, int index, int enabled) {
   TOKA_NOTE_CALL();
-  TOKA_CHECK_HANDLE(kHandleMenu, menu);
-  AsMenu(menu)->itemEnabled[index] = enabled;
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (menu && HasItem(menu, index)) menu->itemEnabled[index] = enabled;
 }
 
-TOKA_API void TOKACheckMenuItem(TOKAMenuID menu, int index, int check) {
+TOKA_API void TOKACheckMenuItem(TOKAMenuID menuID, int index, int check) {
   TOKA_NOTE_CALL();
-  TOKA_CHECK_HANDLE(kHandleMenu, menu);
-  AsMenu(menu)->itemChecks[index] = check;
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (menu && HasItem(menu, index)) menu->itemChecks[index] = check;
 }
 
-TOKA_API void TOKACheckMenuItemState(TOKAMenuID menu, int index, int* outCheck) {
+TOKA_API void TOKACheckMenuItemState(TOKAMenuID menuID, int index, int* outCheck) {
   TOKA_NOTE_CALL();
-  TOKA_CHECK_HANDLE(kHandleMenu, menu);
-  *outCheck = AsMenu(menu)->itemChecks[index];
+  TOKA_CHECK_HANDLE(kHandleMenu, menuID);
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (menu && HasItem(menu, index) && outCheck) *outCheck = menu->itemChecks[index];
 }
 
 TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
   TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
-  TOKAMenuInfo_t* menu = AsMenu(menuID);
-  if (index < 0 || index >= (int)menu->itemHostIDs.size()) {
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (!menu) return;
+  if (!HasItem(menu, index)) {
     TOKASendError("TOKARemoveMenuItem was passed an out of range item index.");
     return;
   }
@@ -194,16 +217,16 @@ TOKA_API void TOKARemoveMenuItem(TOKAMenuID menuID, int index) {
 TOKA_API void TOKAClearAllMenuItems(TOKAMenuID menuID) {
   TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
-  TOKAMenuInfo_t* menu = AsMenu(menuID);
-  if (menu->plugin != TOKAGetDispatchedPlugin()) return;
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (!menu || menu->plugin != TOKAGetDispatchedPlugin()) return;
   ClearItems(menu);
 }
 
 TOKA_API void TOKADestroyMenu(TOKAMenuID menuID) {
   TOKA_NOTE_CALL();
   TOKA_CHECK_HANDLE(kHandleMenu, menuID);
-  TOKAMenuInfo_t* menu = AsMenu(menuID);
-  if (!IsListed(menu) || menu->plugin != TOKAGetDispatchedPlugin()) return;
+  TOKAMenuInfo_t* menu = ListedMenu(menuID);
+  if (!menu || menu->plugin != TOKAGetDispatchedPlugin()) return;
   ClearItems(menu);
   if (HostCanDestroyMenus()) gHostServices->DestroyMenu(menu->hostMenuID);
   EraseFromList(menu);
@@ -233,7 +256,7 @@ int TOKAHandleMenuItemEnable(int hostMenuID, int index) {
   });
   if (found == gMenus.end()) return 1;
   TOKAMenuInfo_t* menu = *found;
-  if (index < 0 || index >= (int)menu->itemHostIDs.size()) return 1;
+  if (!HasItem(menu, index)) return 1;
   // The items of a disabled plugin's menu are all shown greyed.
   if (menu->plugin >= 0 && !TOKAIsPluginEnabled(menu->plugin)) return 0;
   return menu->itemEnabled[index];
@@ -242,7 +265,7 @@ int TOKAHandleMenuItemEnable(int hostMenuID, int index) {
 int TOKAHandleMenuItemCheck(int hostMenuID, int index, int* outChecked) {
   for (TOKAMenuInfo_t* menu : gMenus) {
     if (menu->hostMenuID != hostMenuID) continue;
-    if (index < 0 || index >= (int)menu->itemHostIDs.size()) continue;
+    if (!HasItem(menu, index)) continue;
     switch (menu->itemChecks[index]) {
       case TOKA_MENU_UNCHECKED:
         *outChecked = 0;

@@ -71,6 +71,48 @@ TEST_F(Menus, TwoPluginsBuildATreeAndPicksFollowRemovals) {
   EXPECT_EQ((Lines{"pick(A/b3)@1"}), Events());
 }
 
+// A menu kept past its destruction, and item indexes past the items, reach
+// neither the simulator nor the records: nothing changes, nothing is written,
+// and the plugin is told nothing, as it never was.
+TEST_F(Menus, ADestroyedMenuAndMissingItemsChangeNothing) {
+  TOKAMenuID gone = nullptr;
+  AddScripted("a.orv", "alpha").onStart = [&] {
+    TOKASetErrorCallback(RecordError);
+    alpha = TOKACreateMenu("Alpha", nullptr, 0, RecordPick, Ref("A"));
+    TOKAAppendMenuItem(alpha, "a0", Ref("a0"), 0);
+    gone = TOKACreateMenu("Gone", alpha, 0, nullptr, nullptr);
+    TOKADestroyMenu(gone);
+  };
+  Initialize();
+  Events().clear();
+  int state = 7;
+  RunAs(1, [&] {
+    EXPECT_EQ(-1, TOKAAppendMenuItem(gone, "x", nullptr, 0));
+    EXPECT_EQ(-1, TOKAAppendMenuSeparator(nullptr));
+    EXPECT_EQ(nullptr, TOKACreateMenu("Sub", gone, 0, nullptr, nullptr));
+    TOKASetMenuItemName(gone, 0, "x", 0);
+    TOKARemoveMenuItem(gone, 0);
+    TOKAClearAllMenuItems(gone);
+    TOKADestroyMenu(gone);
+    TOKAEnableMenuItem(gone, 0, 0);
+    TOKACheckMenuItem(gone, 0, TOKA_MENU_CHECKED);
+    TOKACheckMenuItemState(gone, 0, &state);
+    for (int index : {-1, 1}) {
+      TOKAEnableMenuItem(alpha, index, 0);
+      TOKACheckMenuItem(alpha, index, TOKA_MENU_CHECKED);
+      TOKACheckMenuItemState(alpha, index, &state);
+    }
+  });
+  EXPECT_EQ(7, state);
+  EXPECT_EQ(Lines{}, Events());
+  // Alpha's one item is as it was: enabled, without a check mark.
+  int checked = 5;
+  EXPECT_EQ(0, TOKACheckMenuHook(101, 0, &checked));
+  EXPECT_EQ(-1, checked);
+  EXPECT_EQ(0, TOKAMenuHook(1001));
+  EXPECT_EQ(Lines{"pick(A/a0)@1"}, Events());
+}
+
 class MenuUnload : public Menus, public ::testing::WithParamInterface<uint32_t> {};
 
 TEST_P(MenuUnload, DestroyingAndUnloadingWithdrawMenusAndPluginsMenuItems) {

@@ -55,7 +55,7 @@ TEST_F(NullArguments, AreRefusedOrFindNothingAndNeverReachTheHost) {
             }));
 }
 
-TEST_F(NullArguments, ANullFolderListsNothing) {
+TEST_F(NullArguments, ANullFolderListsNothingAndABadPluginIDGivesNothing) {
   StartTwo();
   char buffer[16] = "unchanged";
   char* indices[2] = {buffer, buffer};
@@ -67,6 +67,13 @@ TEST_F(NullArguments, ANullFolderListsNothing) {
   EXPECT_EQ(0, total);
   EXPECT_EQ(0, returned);
   EXPECT_EQ(nullptr, indices[0]);
+
+  // Nor does an ID that names no plugin give anything.
+  char info[256] = "unchanged";
+  for (int id : {-1, 3}) {
+    TOKAGetPluginInfo(id, info, info, info, info);
+    EXPECT_STREQ("unchanged", info) << id;
+  }
 }
 
 }  // namespace

@@ -4,7 +4,11 @@
  * simulator's menu bar with these calls. A menu ID stays valid until
  * TOKADestroyMenu, or until the plugin that created it is unloaded. An item
  * is named by its index in its menu (0 for the first item appended); removing
- * an item moves every item behind it down by one index. */
+ * an item moves every item behind it down by one index.
+ *
+ * A menu ID that is null, destroyed or never returned is ignored by every
+ * call below, without an error: nothing is changed or written, and the
+ * calls that return something return null or -1. */
 #ifndef TOKA_MENUS_H
 #define TOKA_MENUS_H
 
@@ -29,17 +33,17 @@ TOKA_API TOKAMenuID TOKAFindPluginsMenu(void);
  * becomes the submenu of the parent's item parentItem; without one (null),
  * an item named `name` is appended to the Plugins menu for it and the menu
  * hangs there (that item goes when the plugin is unloaded). handler may be
- * null. Returns the new menu. */
+ * null. Returns the new menu, or null when parentMenu is not a menu. */
 TOKA_API TOKAMenuID TOKACreateMenu(const char* name, TOKAMenuID parentMenu, int parentItem,
                                    TOKAMenuHandler_f handler, void* menuRef);
 
 /* Appends an item (enabled, no check mark) to any plugin's menu; the calling
  * plugin owns it. forceEnglish is passed to the simulator. Returns the
- * item's index. */
+ * item's index, or -1 when menu is not a menu. */
 TOKA_API int TOKAAppendMenuItem(TOKAMenuID menu, const char* name, void* itemRef,
                                 int forceEnglish);
 
-/* Appends a separator line; returns its index. */
+/* Appends a separator line; returns its index (-1 as above). */
 TOKA_API int TOKAAppendMenuSeparator(TOKAMenuID menu);
 
 /* Renames an item in the simulator's menu. */
@@ -47,13 +51,16 @@ TOKA_API void TOKASetMenuItemName(TOKAMenuID menu, int index, const char* name,
                                   int forceEnglish);
 
 /* Enables (non-zero) or disables (0) an item: a disabled item is shown
- * greyed and its picks reach no handler. index must be a valid item index. */
+ * greyed and its picks reach no handler. An index that names no item changes
+ * nothing, without an error. */
 TOKA_API void TOKAEnableMenuItem(TOKAMenuID menu, int index, int enabled);
 
-/* Sets an item's check state (TOKA_MENU_...). index must be valid. */
+/* Sets an item's check state (TOKA_MENU_...); for an index that names no
+ * item, nothing. */
 TOKA_API void TOKACheckMenuItem(TOKAMenuID menu, int index, int check);
 
-/* Writes an item's check state into outCheck. index must be valid. */
+/* Writes an item's check state into outCheck; for an index that names no
+ * item (or a null outCheck), writes nothing. */
 TOKA_API void TOKACheckMenuItemState(TOKAMenuID menu, int index, int* outCheck);
 
 /* Removes an item; the items behind it move down by one index. Reports

@@ -30,7 +30,7 @@ TOKA_API TOKAPluginID TOKAFindPluginBySignature(const char* signature);
 
 /* Copies the plugin's name, file path, signature and description into each
  * non-null buffer, truncated to 255 bytes and a terminator (buffers of 256).
- * The ID must be valid: it is not checked. */
+ * For an ID that names no plugin it writes nothing, without an error. */
 TOKA_API void TOKAGetPluginInfo(TOKAPluginID plugin, char* outName, char* outFilePath,
                                 char* outSignature, char* outDescription);
 
