@@ -448,11 +448,22 @@ static void set_hot_key() {
 
 // ---- menus ----------------------------------------------------------------------------
 
-// Menu calls use the handle as the record it stands for, without looking it
-// up (only destroying a menu does): they are given menus that exist.
+// Menu calls look their menu up: one that is not a menu (null, destroyed,
+// misaligned, never issued) changes nothing, and the calls that answer give
+// -1 or null. A destroyed menu's record may have been reused for a newer
+// one (the pool then holds the newer one), so what a handle stands for is
+// found by its value.
+static Handle* live_menu(void* value) {
+  Handle* handle = find_handle(kMenus, value);
+  return handle && handle->live ? handle : nullptr;
+}
+static bool is_menu(TOKAMenuID m) {
+  return m && (m == TOKAFindPluginsMenu() || live_menu(m));
+}
 static TOKAMenuID menu() {
-  Picked menu = pick_handle(kMenus, false);
-  return live(menu) ? menu.value : TOKAFindPluginsMenu();
+  Picked picked = pick_handle(kMenus);
+  // A null pick stands for the menu every plugin may use.
+  return picked.choice == kNull && pick(2) ? TOKAFindPluginsMenu() : picked.value;
 }
 static void find_plugins_menu() { CHECK(TOKAFindPluginsMenu() != nullptr); }
 static void create_menu() {
@@ -460,39 +471,45 @@ static void create_menu() {
   void* refcon = new_refcon(me());
   TOKAMenuID created = TOKACreateMenu("Fuzz", parent, pick(3), pick(4) ? module().menu : nullptr,
                                       refcon);
-  CHECK(created);
-  add_handle(kMenus, created, me(), refcon);
+  CHECK(!parent || is_menu(parent) ? created != nullptr : created == nullptr);
+  if (created) add_handle(kMenus, created, me(), refcon);
 }
 static void append_item() {
   TOKAMenuID m = menu();
-  CHECK(TOKAAppendMenuItem(m, "Item", nullptr, pick(2)) >= 0);
+  int index = TOKAAppendMenuItem(m, "Item", nullptr, pick(2));
+  CHECK(is_menu(m) ? index >= 0 : index == -1);
 }
-static void append_separator() { TOKAAppendMenuSeparator(menu()); }
+static void append_separator() {
+  TOKAMenuID m = menu();
+  int index = TOKAAppendMenuSeparator(m);
+  CHECK(is_menu(m) ? index >= 0 : index == -1);
+}
 static void set_item_name() { TOKASetMenuItemName(menu(), pick(4), "Renamed", pick(2)); }
-// Item indices are not checked either: the item appended first gives the
-// count of the menu's items.
-static void with_item(void (*call)(TOKAMenuID, int)) {
+// The item appended first gives the count of the menu's items; the index
+// picked may lie one past them, which enabling and checking ignore.
+static void with_item(void (*call)(TOKAMenuID, int, bool)) {
   TOKAMenuID m = menu();
   int count = TOKAAppendMenuItem(m, "Item", nullptr, 0) + 1;
-  call(m, pick(count));
+  int index = pick(count + 1);
+  call(m, index, index < count);
 }
 static void enable_item() {
-  with_item([](TOKAMenuID m, int index) { TOKAEnableMenuItem(m, index, pick(2)); });
+  with_item([](TOKAMenuID m, int index, bool) { TOKAEnableMenuItem(m, index, pick(2)); });
 }
 static void check_item() {
-  with_item([](TOKAMenuID m, int index) {
+  with_item([](TOKAMenuID m, int index, bool item) {
     int check = pick(4);
     TOKACheckMenuItem(m, index, check);
     int state = -1;
     TOKACheckMenuItemState(m, index, &state);
-    CHECK(state == check);
+    CHECK(state == (item ? check : -1));
   });
 }
 static void remove_item() {
   TOKAMenuID m = menu();
   int count = TOKAAppendMenuItem(m, "Item", nullptr, 0) + 1;
   int index = next_int(-1, count);
-  bool bad = index < 0 || index >= count;
+  bool bad = is_menu(m) && (index < 0 || index >= count);
   expecting(bad ? std::vector<std::string>{"TOKARemoveMenuItem was passed an out of range item "
                                            "index."}
                 : std::vector<std::string>{},
@@ -502,7 +519,8 @@ static void clear_menu() { TOKAClearAllMenuItems(menu()); }
 static void destroy_menu() {
   Picked m = pick_handle(kMenus);
   TOKADestroyMenu(m.value);
-  if (live(m) && m.handle->owner == me()) m.handle->live = false;
+  Handle* handle = live_menu(m.value);
+  if (handle && handle->owner == me()) handle->live = false;
 }
 
 // ---- commands -------------------------------------------------------------------------
