@@ -30,16 +30,12 @@ using Strings = std::vector<std::string>;
 
 // Plugin callbacks are plain functions with a refcon; these hand the call on
 // to the std::function the refcon points to.
-template <class F>
-F& Target(void* refcon) {
-  return *static_cast<F*>(refcon);
-}
 using DrawFn = std::function<int(int phase, int before)>;
-int DrawThunk(int phase, int before, void* refcon) { return Target<DrawFn>(refcon)(phase, before); }
 using CommandFn = std::function<int(int phase)>;
-int CommandThunk(TOKACommandRef, int phase, void* refcon) { return Target<CommandFn>(refcon)(phase); }
 using LoopFn = std::function<float(float sinceLastLoop)>;
-float LoopThunk(float, float sinceLastLoop, int, void* refcon) { return Target<LoopFn>(refcon)(sinceLastLoop); }
+int DrawThunk(int phase, int before, void* refcon) { return (*static_cast<DrawFn*>(refcon))(phase, before); }
+int CommandThunk(TOKACommandRef, int phase, void* refcon) { return (*static_cast<CommandFn*>(refcon))(phase); }
+float LoopThunk(float, float since, int, void* refcon) { return (*static_cast<LoopFn*>(refcon))(since); }
 
 using HostIntegration = HostTest;
 
@@ -120,8 +116,6 @@ TEST_F(HostIntegration, EachFrameRaisesTheSimulatorsEventsInOrderWithAFixedStep)
   gEvents.clear();
   Frames(1);
   EXPECT_EQ("event 13", gEvents.at(0));
-  EXPECT_NEAR(4 * 0.05, gRunningTime, 1e-12);
-  EXPECT_NEAR(3 * 0.05, gFlightTime, 1e-12);  // paused by the input of frame 3
   // A package loaded at start-up and loaded again is announced again.
   Frames(1);
   gEvents.clear();
@@ -135,52 +129,17 @@ TEST_F(HostIntegration, EachFrameRaisesTheSimulatorsEventsInOrderWithAFixedStep)
   EXPECT_EQ("event 6", gEvents.at(0));
 }
 
-// Every argument and buffer has to arrive through the library in its place.
-TEST_F(HostIntegration, NavaidsFmsAndGpsAnswerFromTheHostsDatabase) {
-  Start();
-  AsTester([&] {
-    float lat = 48.3f, lon = -122.95f;
-    TOKANavRef nearest = TOKAFindNavAid(nullptr, "r", &lat, &lon, nullptr, kNavNDB | kNavVOR);
-    const NavAid* truth = NavAidAt(nearest);
-    ASSERT_TRUE(truth);
-    int type, frequency, altitude;
-    char navID[32], name[256];
-    float height;
-    ASSERT_EQ(1, TOKAGetNavAidInfo(nearest, &type, &lat, &lon, &height, &frequency, nullptr, navID,
-                                   name, nullptr));
-    EXPECT_EQ(std::string(truth->id) + " " + truth->name, navID + std::string(" ") + name);
-    EXPECT_EQ((float)truth->longitude + truth->elevation, lon + height);
-    EXPECT_EQ(nearest, TOKAFindNavAid(nullptr, nullptr, nullptr, nullptr, &frequency, type));
-    EXPECT_EQ(kNavVOR, NavAidAt(TOKAFindLastNavAidOfType(kNavVOR))->type);
-
-    // A flight plan of a navaid and a bare position; the GPS flies to the
-    // destination entry.
-    EXPECT_EQ(1, TOKASetFMSEntryInfo(0, nearest, 5000));
-    EXPECT_EQ(1, TOKASetFMSEntryLatLon(3, 47.25f, -122.75f, 3000));
-    EXPECT_EQ(4, TOKACountFMSEntries());
-    TOKANavRef ref;
-    ASSERT_EQ(1, TOKAGetFMSEntryInfo(0, &type, navID, &ref, &altitude, &lat, &lon));
-    EXPECT_EQ(std::string(truth->id) + " 5000", navID + std::string(" ") + std::to_string(altitude));
-    EXPECT_EQ(nearest, ref);
-    EXPECT_EQ(1, TOKASetDestinationFMSEntry(0));
-    EXPECT_EQ(1, TOKASetDisplayedFMSEntry(3));
-    EXPECT_EQ(nearest, TOKAGetGPSDestination());
-    EXPECT_EQ(0, TOKAGetDestinationFMSEntry());
-    EXPECT_EQ(3, TOKAGetDisplayedFMSEntry());
-  });
-}
-
 TEST_F(HostIntegration, PluginsReadAndWriteTheWorldThroughItsDataRefsEveryFrame) {
   options.config.step = 0.1;
   Start();
   struct Sample {
     float elapsed, sinceLastLoop;
-    double latitude, longitude;
+    double latitude;
   };
   std::vector<Sample> samples;
-  TOKADataRef latitude = nullptr, longitude = nullptr;
+  TOKADataRef latitude = nullptr;
   LoopFn loop = [&](float sinceLastLoop) {
-    samples.push_back({TOKAGetElapsedTime(), sinceLastLoop, TOKAGetDatad(latitude), TOKAGetDatad(longitude)});
+    samples.push_back({TOKAGetElapsedTime(), sinceLastLoop, TOKAGetDatad(latitude)});
     return -1.0f;
   };
   AsTester([&] {
@@ -191,7 +150,6 @@ TEST_F(HostIntegration, PluginsReadAndWriteTheWorldThroughItsDataRefsEveryFrame)
                                  std::regex(R"([A-Z][a-z]{2} [ 1-3]\d \d{4} \d\d:\d\d:\d\d)")))
         << stamp;
     latitude = TOKAFindDataRef("sim/flightmodel/position/latitude");
-    longitude = TOKAFindDataRef("sim/flightmodel/position/longitude");
     TOKARegisterFlightLoopCallback(LoopThunk, -1, &loop);
   });
   Frames(30);
@@ -219,9 +177,33 @@ TEST_F(HostIntegration, PluginsReadAndWriteTheWorldThroughItsDataRefsEveryFrame)
   });
 }
 
-TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInOrder) {
+Strings gPicks;
+void NotePick(void* menuRef, void* itemRef) {
+  gPicks.push_back(std::string((const char*)menuRef) + "/" + (const char*)itemRef + "@" +
+                   std::to_string(TOKAGetMyID()));
+}
+
+// Commands, whether a plugin or the user's key runs them, and the user's
+// picks in the menu bar, which shows the plugins' menus.
+TEST_F(HostIntegration, CommandsAndMenuPicksReachTheirHandlersInTheSimulatorsOrder) {
+  static char menuRef[] = "tester", alpha[] = "alpha", beta[] = "beta";
+  TOKAMenuID menu = nullptr;
+  tester->onEnable = [&] {
+    menu = TOKACreateMenu("Tester", nullptr, 0, NotePick, menuRef);
+    TOKAAppendMenuItem(menu, "Alpha", alpha, 0);
+    TOKAAppendMenuSeparator(menu);
+    TOKAAppendMenuItem(menu, "Beta", beta, 0);
+    TOKACheckMenuItem(menu, 0, TOKA_MENU_CHECKED);
+    TOKACheckMenuItem(menu, 2, TOKA_MENU_UNCHECKED);
+    TOKAEnableMenuItem(menu, 2, 0);
+  };
   At(1, "key P");
+  At(1, "menu \"Plugins/Tester/Alpha\"");
+  At(1, "menu \"Plugins/Tester/Beta\"");
   Start();
+  EXPECT_NE(std::string::npos, MenuTreeText().find("Plugins >\n  Tester >\n    Alpha [x]\n    ----\n"
+                                                   "    Beta [ ] (disabled)\n"))
+      << MenuTreeText();
   Strings seen;
   auto note = [&](const std::string& who, int phase) {
     seen.push_back(who + " " + std::to_string(phase) + (gPaused ? " paused" : " running"));
@@ -242,6 +224,8 @@ TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInO
   seen.clear();
   Frames(1);
   EXPECT_EQ((Strings{"before 0 paused", "after 0 running", "before 2 running", "after 2 running"}), seen);
+  EXPECT_EQ(Strings{"tester/alpha@1"}, gPicks);
+  EXPECT_EQ(1, ScenarioFailures());  // the pick of the disabled Beta was refused
   // A before-handler that consumes the command stops the simulator and the
   // after-handlers; it runs first, being the newest.
   seen.clear();
@@ -267,35 +251,6 @@ TEST_F(HostIntegration, CommandsRunBeforeHandlersTheSimulatorAndAfterHandlersInO
   EXPECT_EQ((Strings{"held 0 running", "held 1 running", "held 1 running", "held 1 running",
                      "held 2 running"}),
             seen);
-}
-
-Strings gPicks;
-void NotePick(void* menuRef, void* itemRef) {
-  gPicks.push_back(std::string((const char*)menuRef) + "/" + (const char*)itemRef + "@" +
-                   std::to_string(TOKAGetMyID()));
-}
-
-TEST_F(HostIntegration, PluginMenusShowInTheMenuBarAndTheUsersPicksReachTheirHandler) {
-  static char menuRef[] = "tester", alpha[] = "alpha", beta[] = "beta";
-  TOKAMenuID menu = nullptr;
-  tester->onEnable = [&] {
-    menu = TOKACreateMenu("Tester", nullptr, 0, NotePick, menuRef);
-    TOKAAppendMenuItem(menu, "Alpha", alpha, 0);
-    TOKAAppendMenuSeparator(menu);
-    TOKAAppendMenuItem(menu, "Beta", beta, 0);
-    TOKACheckMenuItem(menu, 0, TOKA_MENU_CHECKED);
-    TOKACheckMenuItem(menu, 2, TOKA_MENU_UNCHECKED);
-    TOKAEnableMenuItem(menu, 2, 0);
-  };
-  At(1, "menu \"Plugins/Tester/Alpha\"");
-  At(1, "menu \"Plugins/Tester/Beta\"");
-  Start();
-  EXPECT_NE(std::string::npos, MenuTreeText().find("Plugins >\n  Tester >\n    Alpha [x]\n    ----\n"
-                                                   "    Beta [ ] (disabled)\n"))
-      << MenuTreeText();
-  Frames(1);
-  EXPECT_EQ(Strings{"tester/alpha@1"}, gPicks);
-  EXPECT_EQ(1, ScenarioFailures());  // the pick of the disabled Beta was refused
 
   // Removing an item moves the later ones up; the pick still finds its own.
   AsTester([&] {
@@ -307,7 +262,6 @@ TEST_F(HostIntegration, PluginMenusShowInTheMenuBarAndTheUsersPicksReachTheirHan
   EXPECT_TRUE(PickMenuItem("Plugins/Tester/Gamma"));
   EXPECT_FALSE(PickMenuItem("Plugins/Tester/Alpha"));
   EXPECT_EQ(Strings{"tester/beta@1"}, gPicks);
-
   Stop();  // the plugin's menu and its item in the Plugins menu go with it
   EXPECT_EQ(std::string::npos, MenuTreeText().find("Tester")) << MenuTreeText();
   EXPECT_NE(std::string::npos, MenuTreeText().find("Plugins >\n"));
@@ -358,9 +312,39 @@ TEST_F(HostIntegration, APluginThatAcquiresThePlanesDecidesWhatTheHostFlies) {
   });
 }
 
-TEST_F(HostIntegration, SystemServicesSituationFilesAndReloadsReachTheSimulator) {
+// Every argument and buffer has to arrive through the library in its place.
+TEST_F(HostIntegration, NavaidsSystemServicesSituationFilesAndReloadsReachTheSimulator) {
   Start();
   AsTester([&] {
+    float lat = 48.3f, lon = -122.95f;
+    TOKANavRef nearest = TOKAFindNavAid(nullptr, "r", &lat, &lon, nullptr, kNavNDB | kNavVOR);
+    const NavAid* truth = NavAidAt(nearest);
+    ASSERT_TRUE(truth);
+    int type, frequency, altitude;
+    char navID[32], name[256];
+    float height;
+    ASSERT_EQ(1, TOKAGetNavAidInfo(nearest, &type, &lat, &lon, &height, &frequency, nullptr, navID,
+                                   name, nullptr));
+    EXPECT_EQ(std::string(truth->id) + " " + truth->name, navID + std::string(" ") + name);
+    EXPECT_EQ((float)truth->longitude + truth->elevation, lon + height);
+    EXPECT_EQ(nearest, TOKAFindNavAid(nullptr, nullptr, nullptr, nullptr, &frequency, type));
+    EXPECT_EQ(kNavVOR, NavAidAt(TOKAFindLastNavAidOfType(kNavVOR))->type);
+
+    // A flight plan of a navaid and a bare position; the GPS flies to the
+    // destination entry.
+    EXPECT_EQ(1, TOKASetFMSEntryInfo(0, nearest, 5000));
+    EXPECT_EQ(1, TOKASetFMSEntryLatLon(3, 47.25f, -122.75f, 3000));
+    EXPECT_EQ(4, TOKACountFMSEntries());
+    TOKANavRef ref;
+    ASSERT_EQ(1, TOKAGetFMSEntryInfo(0, &type, navID, &ref, &altitude, &lat, &lon));
+    EXPECT_EQ(std::string(truth->id) + " 5000", navID + std::string(" ") + std::to_string(altitude));
+    EXPECT_EQ(nearest, ref);
+    EXPECT_EQ(1, TOKASetDestinationFMSEntry(0));
+    EXPECT_EQ(1, TOKASetDisplayedFMSEntry(3));
+    EXPECT_EQ(nearest, TOKAGetGPSDestination());
+    EXPECT_EQ(0, TOKAGetDestinationFMSEntry());
+    EXPECT_EQ(3, TOKAGetDisplayedFMSEntry());
+
     char path[512];
     TOKAGetPrefsPath(path);
     EXPECT_EQ(tree.root() + "Output/preferences/", path);
@@ -407,15 +391,10 @@ TEST_F(HostIntegration, SystemServicesSituationFilesAndReloadsReachTheSimulator)
   EXPECT_EQ((Strings{"tester.disable@1", "tester.stop@1", "tester.start@1", "tester.enable@1"}), lifecycle);
 }
 
-struct Click {
-  int x, y, status, plugin;
-  bool operator==(const Click& o) const {
-    return x == o.x && y == o.y && status == o.status && plugin == o.plugin;
-  }
-};
-std::vector<Click> gClicks;
+Strings gClicks;
 int NoteClick(TOKAWindowID, int x, int y, int status, void*) {
-  gClicks.push_back({x, y, status, TOKAGetMyID()});
+  gClicks.push_back("(" + std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(status) + ")" +
+                    At(TOKAGetMyID()));
   return 1;
 }
 void DrawGreeting(TOKAWindowID window, void*) {
@@ -449,11 +428,12 @@ TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem)
   });
   Frames(1);
   EXPECT_EQ((std::vector<int>{5, 20}), phases);
-  EXPECT_EQ((std::vector<Click>{{50, 80, TOKA_MOUSE_DOWN, id}, {50, 80, TOKA_MOUSE_UP, id}}), gClicks);
+  EXPECT_EQ((Strings{"(50,80," + std::to_string(TOKA_MOUSE_DOWN) + ")" + toka_test::At(id),
+                     "(50,80," + std::to_string(TOKA_MOUSE_UP) + ")" + toka_test::At(id)}),
+            gClicks);
   // Nothing of the sky or the aircraft, only the plugin's text in the large
-  // font (cells of 12 x 20 pixels), in the cells its metrics promise.
-  EXPECT_EQ(12, charWidth);
-  EXPECT_EQ(20, charHeight);
+  // font, in the cells its metrics promise.
+  EXPECT_EQ(5 * charWidth, measured);
   int left = width, right = -1, bottom = height, top = -1;
   for (int y = 0; y < height; ++y)
     for (int x = 0; x < width; ++x)
@@ -462,12 +442,8 @@ TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem)
         bottom = std::min(bottom, y), top = std::max(top, y);
       }
   EXPECT_EQ(30, left);
-  EXPECT_LT(right, 30 + measured);
-  EXPECT_GE(right, 30 + measured - charWidth);
-  EXPECT_GE(bottom, 60);
-  EXPECT_LT(top, 60 + charHeight);
-  EXPECT_GE(top, 60 + charHeight / 2);
-  EXPECT_EQ(5 * charWidth, measured);
+  EXPECT_TRUE(right < 30 + measured && right >= 30 + measured - charWidth) << right;
+  EXPECT_TRUE(bottom >= 60 && top < 60 + charHeight && top >= 60 + charHeight / 2) << bottom << " " << top;
   for (int x = 0; x < width; ++x) ASSERT_EQ(0u, PixelAt(x, height - 1)) << x;
   for (const Marker& marker : gMarkers) EXPECT_NE('A', marker.kind);
 
