@@ -432,7 +432,9 @@ TEST_F(HostIntegration, PluginsDrawInPhasesAndWindowsAndTheUsersClicksReachThem)
                      "(50,80," + std::to_string(TOKA_MOUSE_UP) + ")" + toka_test::At(id)}),
             gClicks);
   // Nothing of the sky or the aircraft, only the plugin's text in the large
-  // font, in the cells its metrics promise.
+  // font (cells of 12 x 20 pixels), in the cells its metrics promise.
+  EXPECT_EQ(12, charWidth);
+  EXPECT_EQ(20, charHeight);
   EXPECT_EQ(5 * charWidth, measured);
   int left = width, right = -1, bottom = height, top = -1;
   for (int y = 0; y < height; ++y)
