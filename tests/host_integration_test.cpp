@@ -39,7 +39,10 @@ float LoopThunk(float, float since, int, void* refcon) { return (*static_cast<Lo
 
 using HostIntegration = HostTest;
 
-TEST_F(HostIntegration, StartUpLoadsAircraftAndSceneryPluginsAndTellsEveryPlugin) {
+// Start-up loads the plugins of the user's aircraft and of the scenery and
+// tells every plugin; a new user aircraft's plugins replace the old one's,
+// and a plugin that acquires the planes decides what the host flies.
+TEST_F(HostIntegration, StartUpLoadsAircraftAndSceneryPluginsAndPluginsDecideWhatTheHostFlies) {
   std::string model;
   tester->onEnable = [&] {
     char name[512], path[512];
@@ -48,11 +51,18 @@ TEST_F(HostIntegration, StartUpLoadsAircraftAndSceneryPluginsAndTellsEveryPlugin
     TOKADebugString("tester: enabled\n");
   };
   AddPlugin("Aircraft/Trainer/plugins/avionics/lin.orv", "avionics");
+  AddPlugin("Aircraft/Jet/plugins/fms/lin.orv", "jetfms");
   AddPlugin("Custom Scenery/Alps/plugins/lights/lin.orv", "lights");
   // Where "Custom Scenery/.." would be a package: no plugin loads from here.
   AddPlugin("plugins/stray/lin.orv", "stray");
+  // The root relative to the working folder, as a user may give it.
+  std::string parent = tree.root().substr(0, tree.root().rfind('/', tree.root().size() - 2) + 1);
+  ASSERT_EQ(0, chdir(parent.c_str()));
+  options.config.root = "./" + tree.root().substr(parent.size());
   Start();
-  EXPECT_EQ(tree.root() + "Aircraft/Trainer/trainer.acf trainer.acf", model);
+  const std::string root = gConfig.root;  // the host's full path of it
+  ASSERT_EQ(tree.root(), root);
+  EXPECT_EQ(root + "Aircraft/Trainer/trainer.acf trainer.acf", model);
   // The airport, the user's aircraft (whose plugins load), two more
   // aircraft, the scenery package (whose plugins load) and the end of the
   // scenery load, in that order.
@@ -65,8 +75,43 @@ TEST_F(HostIntegration, StartUpLoadsAircraftAndSceneryPluginsAndTellsEveryPlugin
             Events());
   EXPECT_EQ(0u, output.find("Fetching plugins for " + tree.plugins() + "\n\n"));
   ExpectInOrder(output, {"[progress] Loading Plugin: tester.orv\n", "tester: enabled\n",
-                         "Loaded: " + tree.root() + "Aircraft/Trainer/plugins/avionics/lin.orv.\n\n",
-                         "Loaded: " + tree.root() + "Custom Scenery/Alps/plugins/lights/lin.orv.\n\n"});
+                         "Loaded: " + root + "Aircraft/Trainer/plugins/avionics/lin.orv.\n\n",
+                         "Loaded: " + root + "Custom Scenery/Alps/plugins/lights/lin.orv.\n\n"});
+
+  // A new user aircraft, given below the root: its plugins replace the old
+  // one's on the next frame; the scenery's plugin keeps its ID, so they take
+  // the next.
+  AsTester([&] { TOKASetUsersAircraft("Aircraft/Jet/jet.acf"); });
+  Events().clear();
+  Frames(1);
+  EXPECT_EQ((Strings{"avionics.disable@2", "avionics.stop@2", "jetfms.start@4", "jetfms.enable@4"}), Lifecycle());
+  EXPECT_EQ(root + "Aircraft/Jet/jet.acf", gAircraft[0].path);
+
+  char heavy[] = "Aircraft/Traffic/Heavy/heavy.acf", ignored[] = "ignored.acf";
+  char* wishes[] = {ignored, heavy, nullptr};
+  AsTester([&] {
+    ASSERT_EQ(1, TOKAAcquirePlanes(wishes, nullptr, nullptr));
+    TOKASetActiveAircraftCount(2);
+    TOKADisableAIForPlane(1);
+  });
+  std::vector<Aircraft> before = gAircraft;
+  Frames(1);
+  EXPECT_EQ(root + heavy, gAircraft[1].path);
+  EXPECT_EQ(before[2].path, gAircraft[2].path);
+  EXPECT_FALSE(gAircraft[2].active);
+  EXPECT_TRUE(gAircraft[1].aiDisabled);
+  EXPECT_EQ(before[1].latitude, gAircraft[1].latitude);  // flown by the plugin, not the host
+  EXPECT_NE(before[0].latitude, gAircraft[0].latitude);
+  Events().clear();
+  Frames(1);
+  EXPECT_TRUE(Received(105, 0));  // the number of aircraft changed
+  EXPECT_TRUE(Received(106, 1));  // aircraft 1 got a new model
+
+  AsTester([&] {
+    int total, active, controller;
+    TOKACountAircraft(&total, &active, &controller);
+    EXPECT_EQ(3 * 100 + 2 * 10 + id, total * 100 + active * 10 + controller);
+  });
 }
 
 // The events the host raises, noted and passed on to the library.
@@ -267,50 +312,6 @@ TEST_F(HostIntegration, CommandsAndMenuPicksReachTheirHandlersInTheSimulatorsOrd
   EXPECT_NE(std::string::npos, MenuTreeText().find("Plugins >\n"));
 }
 
-TEST_F(HostIntegration, APluginThatAcquiresThePlanesDecidesWhatTheHostFlies) {
-  AddPlugin("Aircraft/Trainer/plugins/panel/lin.orv", "panel");
-  AddPlugin("Aircraft/Jet/plugins/fms/lin.orv", "jetfms");
-  // The root relative to the working folder, as a user may give it.
-  std::string parent = tree.root().substr(0, tree.root().rfind('/', tree.root().size() - 2) + 1);
-  ASSERT_EQ(0, chdir(parent.c_str()));
-  options.config.root = "./" + tree.root().substr(parent.size());
-  Start();
-  const std::string root = gConfig.root;  // the host's full path of it
-  ASSERT_EQ('/', root[0]);
-  // A new user aircraft, given below the root: its plugins replace the old
-  // one's on the next frame.
-  AsTester([&] { TOKASetUsersAircraft("Aircraft/Jet/jet.acf"); });
-  Events().clear();
-  Frames(1);
-  EXPECT_EQ((Strings{"panel.disable@2", "panel.stop@2", "jetfms.start@2", "jetfms.enable@2"}), Lifecycle());
-  EXPECT_EQ(root + "Aircraft/Jet/jet.acf", gAircraft[0].path);
-
-  char heavy[] = "Aircraft/Traffic/Heavy/heavy.acf", ignored[] = "ignored.acf";
-  char* wishes[] = {ignored, heavy, nullptr};
-  AsTester([&] {
-    ASSERT_EQ(1, TOKAAcquirePlanes(wishes, nullptr, nullptr));
-    TOKASetActiveAircraftCount(2);
-    TOKADisableAIForPlane(1);
-  });
-  std::vector<Aircraft> before = gAircraft;
-  Frames(1);
-  EXPECT_EQ(root + heavy, gAircraft[1].path);
-  EXPECT_EQ(before[2].path, gAircraft[2].path);
-  EXPECT_FALSE(gAircraft[2].active);
-  EXPECT_TRUE(gAircraft[1].aiDisabled);
-  EXPECT_EQ(before[1].latitude, gAircraft[1].latitude);  // flown by the plugin, not the host
-  EXPECT_NE(before[0].latitude, gAircraft[0].latitude);
-  Events().clear();
-  Frames(1);
-  EXPECT_TRUE(Received(105, 0));  // the number of aircraft changed
-  EXPECT_TRUE(Received(106, 1));  // aircraft 1 got a new model
-
-  AsTester([&] {
-    int total, active, controller;
-    TOKACountAircraft(&total, &active, &controller);
-    EXPECT_EQ(3 * 100 + 2 * 10 + id, total * 100 + active * 10 + controller);
-  });
-}
 
 // Every argument and buffer has to arrive through the library in its place.
 TEST_F(HostIntegration, NavaidsSystemServicesSituationFilesAndReloadsReachTheSimulator) {
