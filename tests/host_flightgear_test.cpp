@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -82,13 +83,9 @@ public:
   }
   // Waits a little for a command to arrive.
   bool Received(const std::string& command) {
-    for (int i = 0; i < 200; ++i) {
-      {
-        std::lock_guard<std::mutex> lock(mMutex);
-        for (const std::string& c : mCommands)
-          if (c == command) return true;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < 200; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+      std::lock_guard<std::mutex> lock(mMutex);
+      if (std::find(mCommands.begin(), mCommands.end(), command) != mCommands.end()) return true;
     }
     return false;
   }
