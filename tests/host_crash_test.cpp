@@ -2,7 +2,6 @@
 // in different ways, its standard error read as a user would.
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <regex>
 #include <string>
 
@@ -23,16 +22,19 @@ const std::string kElsewhere = "toka-host: the faulting code is not in the runni
 
 class CrashReport : public ::testing::Test {
 protected:
-  std::unique_ptr<TempTree> tree = std::make_unique<TempTree>();
+  std::string plugin;  // the file of the last crasher
 
-  // The crashing fixture in a folder of its own, playing role.
-  std::string AddCrasher(const std::string& role) {
-    tree->AddFile("Resources/plugins/" + role + "/crash", role);
-    return tree->AddPlugin("Resources/plugins/" + role + "/lin.orv", "crashes");
-  }
-  ProgramRun Run() {
-    return RunProgram(TOKA_HOST_BINARY, "--root '" + tree->root() + "' --library '" + kLibrary +
-                                            "' --render none --frames 3");
+  // Runs the host on a fresh tree of the crashing fixture, in a folder of
+  // its own playing each role, until it crashes.
+  ProgramRun Crash(const std::vector<std::string>& roles) {
+    TempTree tree;
+    for (const std::string& role : roles) {
+      tree.AddFile("Resources/plugins/" + role + "/crash", role);
+      plugin = tree.AddPlugin("Resources/plugins/" + role + "/lin.orv", "crashes");
+    }
+    ProgramRun run = RunHost(tree.root(), "--render none --frames 3");
+    EXPECT_EQ(kCrashStatus, run.status) << run.err;
+    return run;
   }
   // "ID N \"role\" test.crash.role", N as the plugin logged it.
   static std::string Named(const ProgramRun& run, const std::string& role) {
@@ -56,10 +58,8 @@ protected:
 // Plugin A's flight loop reads B's dataref and B's reader dereferences null:
 // B was running, in its own code, inside A's call to TOKAGetDataf.
 TEST_F(CrashReport, ADatarefOwnersFaultIsTheOwnersInsideTheReadersCall) {
-  AddCrasher("reader");
-  std::string owner = AddCrasher("null-accessor");
-  ProgramRun run = Run();
-  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  ProgramRun run = Crash({"reader", "null-accessor"});
+  const std::string& owner = plugin;
   ExpectInOrder(run.err, {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x0\n",
                           "toka-host: faulting code: " + owner + " (",
                           "toka-host: running plugin: " + Named(run, "null-accessor") + "\n",
@@ -75,11 +75,10 @@ TEST_F(CrashReport, ADatarefOwnersFaultIsTheOwnersInsideTheReadersCall) {
 }
 
 // A fault outside the running plugin's file names both: a pointer to nothing
-// the library writes through, and abort() in libc.
+// the library writes through, and abort() in libc; outside any dispatch, the
+// simulator is named.
 TEST_F(CrashReport, FaultsOutsideTheRunningPluginNameBothModules) {
-  std::string plugin = AddCrasher("wild-pointer");
-  ProgramRun run = Run();
-  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  ProgramRun run = Crash({"wild-pointer"});
   ExpectInOrder(run.err, {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x10\n",
                           "toka-host: faulting code: " + kLibrary + " (TOKAGetVersions+0x",
                           "toka-host: running plugin: " + Named(run, "wild-pointer") + "\n",
@@ -88,24 +87,17 @@ TEST_F(CrashReport, FaultsOutsideTheRunningPluginNameBothModules) {
   EXPECT_TRUE(HasFrameIn(run.err, kLibrary, true)) << run.err;
   EXPECT_TRUE(HasFrameIn(run.err, plugin)) << run.err;
 
-  tree = std::make_unique<TempTree>();
-  plugin = AddCrasher("abort");
-  run = Run();
-  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  run = Crash({"abort"});
   ExpectInOrder(run.err, {"toka-host: crashed: SIGABRT (aborted, by abort() or a failed assertion)\n",
                           "toka-host: faulting code: ",
                           "toka-host: running plugin: " + Named(run, "abort") + "\n",
                           "toka-host: running plugin's file: " + plugin + "\n", kElsewhere,
                           kEntry + "TOKAEnablePlugin\n"});
   EXPECT_TRUE(HasFrameIn(run.err, plugin)) << run.err;
-}
 
-// A thread of a plugin's own runs outside any dispatch: the simulator is
-// named, and its program is not where the fault is.
-TEST_F(CrashReport, OutsideAnyDispatchTheSimulatorIsNamed) {
-  std::string plugin = AddCrasher("thread");
-  ProgramRun run = Run();
-  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  // A thread of a plugin's own runs outside any dispatch: the simulator is
+  // named, and its program is not where the fault is.
+  run = Crash({"thread"});
   ExpectInOrder(run.err,
                 {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x0\n",
                  "toka-host: faulting code: " + plugin + " (",
@@ -119,19 +111,14 @@ TEST_F(CrashReport, OutsideAnyDispatchTheSimulatorIsNamed) {
 // from the handler's own stack, and a call to no code, followed back to
 // its caller.
 TEST_F(CrashReport, OverflowsAndCallsToNothingAreFollowed) {
-  std::string plugin = AddCrasher("overflow");
-  ProgramRun run = Run();
-  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  ProgramRun run = Crash({"overflow"});
   ExpectInOrder(run.err, {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x",
                           "toka-host: faulting code: " + plugin + " (",
                           "toka-host: running plugin: " + Named(run, "overflow") + "\n",
                           kEntry + "none in the innermost 64 frames\n"});
   EXPECT_TRUE(HasFrameIn(run.err, plugin, true)) << run.err;
 
-  tree = std::make_unique<TempTree>();
-  plugin = AddCrasher("null-call");
-  run = Run();
-  EXPECT_EQ(kCrashStatus, run.status) << run.err;
+  run = Crash({"null-call"});
   ExpectInOrder(run.err, {"toka-host: crashed: SIGSEGV (invalid memory access) at address 0x0\n"
                           "toka-host: faulting code: 0x0, in no loaded module, called from " +
                               plugin + " (OrvanePluginEnable+0x",

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
@@ -82,13 +83,9 @@ public:
   }
   // Waits a little for a command to arrive.
   bool Received(const std::string& command) {
-    for (int i = 0; i < 200; ++i) {
-      {
-        std::lock_guard<std::mutex> lock(mMutex);
-        for (const std::string& c : mCommands)
-          if (c == command) return true;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    for (int i = 0; i < 200; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+      std::lock_guard<std::mutex> lock(mMutex);
+      if (std::find(mCommands.begin(), mCommands.end(), command) != mCommands.end()) return true;
     }
     return false;
   }
@@ -163,11 +160,31 @@ protected:
   }
 };
 
+// The mapping is the one table of the flightgear world: the stream's
+// protocol file lists its properties in its order, and the host publishes
+// each of its datarefs, writable exactly where the mapping sends writes.
 // Every streamed property becomes its dataref in the host's units, the
 // newest line of a frame wins, and FlightGear's clock is the simulator's.
-TEST_F(FlightGearWorldTest, TheStreamBecomesTheDataRefsInTheHostsUnits) {
+TEST_F(FlightGearWorldTest, TheStreamBecomesTheDataRefsOfTheMappingInTheHostsUnits) {
+  std::string protocol = ReadFile(std::string(TOKA_EXAMPLES_SOURCE) + "../host/flightgear/toka.xml");
+  std::regex node("<node>([^<]*)</node>");
+  int field = 0;
+  for (auto it = std::sregex_iterator(protocol.begin(), protocol.end(), node);
+       it != std::sregex_iterator(); ++it, ++field) {
+    ASSERT_LT(field, (int)kFgFieldCount);
+    EXPECT_EQ(FlightGearMapping((FlightGearField)field).property, (*it)[1].str());
+  }
+  EXPECT_EQ((int)kFgFieldCount, field);
   Start();
   ASSERT_TRUE(FlightGearWorld());
+  for (int i = 0; i < kFgFieldCount; ++i) {
+    const FlightGearValue& value = FlightGearMapping((FlightGearField)i);
+    if (!*value.dataref) continue;
+    TOKADataRef ref = TOKAFindDataRef(value.dataref);
+    ASSERT_NE(nullptr, ref) << value.dataref;
+    EXPECT_EQ(value.writable ? 1 : 0, TOKACanWriteDataRef(ref)) << value.dataref;
+  }
+
   flightgear.Send(flightgear.lines[6]);  // overtaken by the next, in the same frame
   Frame(flightgear.lines[5]);
   std::vector<double> v = Fields(flightgear.lines[5]);
@@ -240,34 +257,19 @@ TEST_F(FlightGearWorldTest, WritesAndCommandsGoToThePropertyServer) {
             WorldFailure());
 }
 
-// The mapping is the one table of the flightgear world: the stream's
-// protocol file lists its properties in its order, and the host publishes
-// each of its datarefs, writable exactly where the mapping sends writes.
-TEST_F(HostTest, TheMappingMatchesTheProtocolFileAndTheHostsDataRefs) {
-  std::string protocol = ReadFile(std::string(TOKA_EXAMPLES_SOURCE) + "../host/flightgear/toka.xml");
-  std::regex node("<node>([^<]*)</node>");
-  int field = 0;
-  for (auto it = std::sregex_iterator(protocol.begin(), protocol.end(), node);
-       it != std::sregex_iterator(); ++it, ++field) {
-    ASSERT_LT(field, (int)kFgFieldCount);
-    EXPECT_EQ(FlightGearMapping((FlightGearField)field).property, (*it)[1].str());
-  }
-  EXPECT_EQ((int)kFgFieldCount, field);
+// A FlightGear that falls silent during the run, is missing, exits while
+// starting, or never streams: one line that says which, and a failed run,
+// or none.
+TEST_F(FlightGearWorldTest, FlightGearThatCannotFlyIsReportedAndNothingHangs) {
+  options.flightgear.silentSeconds = 0.3;
+  options.frames = 100000;
+  EXPECT_EQ(1, RunHost(options));
+  EXPECT_EQ("FlightGear stopped answering: nothing on the stream for 0.3 s", WorldFailure());
+  // The plugins were shut down cleanly.
+  ASSERT_FALSE(Lifecycle().empty());
+  EXPECT_EQ("tester.stop@1", Lifecycle().back());
 
-  Start();
-  for (int i = 0; i < kFgFieldCount; ++i) {
-    const FlightGearValue& value = FlightGearMapping((FlightGearField)i);
-    if (!*value.dataref) continue;
-    TOKADataRef ref = TOKAFindDataRef(value.dataref);
-    ASSERT_NE(nullptr, ref) << value.dataref;
-    EXPECT_EQ(value.writable ? 1 : 0, TOKACanWriteDataRef(ref)) << value.dataref;
-  }
-}
-
-// A FlightGear that is missing, exits while starting, never streams, or
-// falls silent: one line that says which, and no run, or a failed one.
-TEST_F(HostTest, FlightGearThatCannotFlyIsReportedAndNothingHangs) {
-  options.flightgear.enabled = true;
+  options.flightgear.address = "";
   options.flightgear.log = tree.root() + "fg.log";
   std::string error;
   setenv("TOKA_FGFS", "/nonexistent/fgfs", 1);
@@ -294,36 +296,19 @@ TEST_F(HostTest, FlightGearThatCannotFlyIsReportedAndNothingHangs) {
   EXPECT_FALSE(FlightGearWorld());
 }
 
-TEST_F(FlightGearWorldTest, SilenceDuringTheRunEndsItWithOneFailedStep) {
-  options.flightgear.silentSeconds = 0.3;
-  options.frames = 100000;
-  EXPECT_EQ(1, RunHost(options));
-  EXPECT_EQ("FlightGear stopped answering: nothing on the stream for 0.3 s", WorldFailure());
-  // The plugins were shut down cleanly.
-  ASSERT_FALSE(Lifecycle().empty());
-  EXPECT_EQ("tester.stop@1", Lifecycle().back());
-}
-
-}  // namespace
-
-namespace {
-
 // FlightGear itself, started by the host twice: the heading hold flies its
 // example's scenario, and the yoke banks the aircraft. Minutes long, so it
 // runs when TOKA_FLIGHTGEAR_TESTS=1 (scripts/test.sh sets it once).
 TEST(FlightGearLive, TheHeadingHoldTurnsTheAircraftAndTheYokeBanksIt) {
   if (!std::getenv("TOKA_FLIGHTGEAR_TESTS")) GTEST_SKIP() << "TOKA_FLIGHTGEAR_TESTS is not set";
   TempTree empty;
-  std::string common = "--world flightgear --render none --library '" +
-                       std::string(TOKA_LIBRARY_FILE) + "' --flightgear-log '" + empty.root();
-  ProgramRun run = RunProgram(
-      TOKA_HOST_BINARY, common + "hold.log' --root '" + TOKA_EXAMPLES_ROOT + "' --scenario '" +
-                            TOKA_EXAMPLES_SOURCE + "heading-hold/heading-hold.scenario'");
+  std::string common = "--world flightgear --render none --flightgear-log '" + empty.root();
+  ProgramRun run = RunHost(TOKA_EXAMPLES_ROOT, common + "hold.log' --scenario '" TOKA_EXAMPLES_SOURCE
+                                               "heading-hold/heading-hold.scenario'");
   EXPECT_EQ(0, run.status) << run.err << ReadFile(empty.root() + "hold.log");
   EXPECT_NE(std::string::npos, run.err.find("toka-host: all 6 steps passed\n")) << run.err;
-  run = RunProgram(TOKA_HOST_BINARY, common + "bank.log' --root '" + empty.root() +
-                                         "' --scenario '" + TOKA_EXAMPLES_SOURCE +
-                                         "../tests/flightgear/bank.scenario'");
+  run = RunHost(empty.root(), common + "bank.log' --scenario '" TOKA_EXAMPLES_SOURCE
+                                      "../tests/flightgear/bank.scenario'");
   EXPECT_EQ(0, run.status) << run.err;
   EXPECT_NE(std::string::npos, run.err.find("toka-host: all 3 steps passed\n")) << run.err;
 }

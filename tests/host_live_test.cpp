@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <sstream>
 #include <thread>
 
 #include "harness/host_program.h"
@@ -96,14 +97,12 @@ std::string Shell(const std::string& command) {
   return output;
 }
 
-// The lines of text that start with one of prefixes.
-std::string Lines(const std::string& text, const std::vector<std::string>& prefixes) {
+// The panel's lines and the menu picks of the host's output.
+std::string PanelLines(const std::string& text) {
   std::string kept;
-  for (size_t start = 0, end; start < text.size(); start = end + 1) {
-    end = std::min(text.find('\n', start), text.size());
-    for (const std::string& prefix : prefixes)
-      if (text.compare(start, prefix.size(), prefix) == 0) kept += text.substr(start, end - start) + "\n";
-  }
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);)
+    if (line.rfind("panel:", 0) == 0 || line.rfind("[menu]", 0) == 0) kept += line + "\n";
   return kept;
 }
 
@@ -154,14 +153,12 @@ TEST(HostWindow, WhatTheUserDidIsRecordedAndReplaysHeadless) {
   size_t shot = steps.find("session-frame-");
   std::string picture = tree.root() + steps.substr(shot, steps.find('"', shot) - shot);
   ASSERT_EQ(0, std::rename(picture.c_str(), (tree.root() + "shown.png").c_str()));
-  ProgramRun replay = RunProgram(TOKA_HOST_BINARY, "--root '" + tree.root() + "' --library '" +
-                                                       TOKA_LIBRARY_FILE + "' --traffic 0 --scenario '" +
-                                                       recording + "'");
+  ProgramRun replay = RunHost(tree.root(), "--traffic 0 --scenario '" + recording + "'");
   EXPECT_EQ(0, replay.status) << replay.err;
-  std::string live = Lines(host.Output(), {"panel:", "[menu]"});
+  std::string live = PanelLines(host.Output());
   EXPECT_NE(std::string::npos, live.find("panel: mouse 2 at ")) << live;  // the drag
   EXPECT_NE(std::string::npos, live.find("[menu] Plugins/Panel/Show panel\npanel: hidden\n")) << live;
-  EXPECT_EQ(live, Lines(replay.out, {"panel:", "[menu]"}));
+  EXPECT_EQ(live, PanelLines(replay.out));
 
   Picture shown, replayed;
   ASSERT_TRUE(shown.Read(tree.root() + "shown.png"));
@@ -226,14 +223,8 @@ TEST(HostWatch, ReloadsRebuiltPluginsAndRunsWithoutBuildsThatCannotLoad) {
   EXPECT_EQ(0, host.End(SIGTERM));
   ASSERT_TRUE(host.Await("watch: version 1 disabled\nwatch: version 1 stopped\n"));
   // Neither the part files nor the reload itself count as rebuilds.
-  std::string output = host.Output();
-  auto count = [&](const std::string& part) {
-    int n = 0;
-    for (size_t at = output.find(part); at != std::string::npos; at = output.find(part, at + 1)) ++n;
-    return n;
-  };
-  EXPECT_EQ(5, count("toka-host: reloading the plugins: ")) << output;
-  EXPECT_EQ(3, count(without)) << output;
+  EXPECT_EQ(5, Count(host.Output(), "toka-host: reloading the plugins: ")) << host.Output();
+  EXPECT_EQ(3, Count(host.Output(), without)) << host.Output();
   EXPECT_EQ("", host.Errors());
 }
 

@@ -91,8 +91,12 @@ protected:
   }
 };
 
-TEST_F(HostScreenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame) {
-  ProgramRun run = Run("at 2\nscreenshot \"" + tree.root() + "shown.png\"\n"
+// The frames of screenshot steps and the last frame are written; a frame
+// compared with a picture of itself taken by another run matches, and with
+// the panel hidden its 200 x 100 pixels differ, and the frame and the
+// differences are written beside the picture.
+TEST_F(HostScreenshot, FramesAreWrittenAndMatchPicturesOfEarlierRunsAndDifferencesArePointedOut) {
+  ProgramRun run = Run("at 2\nscreenshot ref.png\n"
                        "screenshot \"" + tree.root() + "no/folder/x.png\"\nat 3\nkey F1\n");
   EXPECT_EQ(1, run.status);
   EXPECT_EQ("shots.scenario:3: frame 2: screenshot \"" + tree.root() + "no/folder/x.png\"\n"
@@ -100,30 +104,18 @@ TEST_F(HostScreenshot, TheProgramWritesTheFramesOfScreenshotStepsAndItsLastFrame
             "  found:    cannot write the file\n"
             "toka-host: 1 of 3 steps failed\n",
             run.err);
-  Picture shown, last;
-  ASSERT_TRUE(shown.Read(tree.root() + "shown.png"));
+  Picture reference, last;
+  ASSERT_TRUE(reference.Read(tree.root() + "ref.png"));
   ASSERT_TRUE(last.Read(tree.root() + "last.png"));
-  EXPECT_EQ(1280, shown.width);
-  EXPECT_EQ(800, shown.height);
   Rect panel{100, 700, 300, 600};
-  ExpectWindowDrawn(shown, panel, "Panel 42", panel.left + 5, panel.top - 15);
+  ExpectWindowDrawn(reference, panel, "Panel 42", panel.left + 5, panel.top - 15);
   // F1 hid the panel before the last frame was drawn.
   ExpectNothingDrawn(last, panel);
-}
 
-// A frame compared with a picture of itself taken by another run, then with
-// the panel hidden: its 200 x 100 pixels differ, and the frame and the
-// differences are written beside the picture.
-TEST_F(HostScreenshot, FramesMatchPicturesOfEarlierRunsAndDifferencesArePointedOut) {
-  ASSERT_EQ(0, Run("at 2\nscreenshot ref.png\n", "").status);
-  Picture reference;
-  ASSERT_TRUE(reference.Read(tree.root() + "ref.png"));
-  ProgramRun run = Run("at 2\nexpect screenshot matches ref.png\n", "");
+  run = Run("at 2\nexpect screenshot matches ref.png\n", "");
   EXPECT_EQ(0, run.status) << run.err;
-
-  uint32_t darkened = reference.At(150, 650);
   char colour[8];
-  std::snprintf(colour, sizeof colour, "#%06X", darkened);
+  std::snprintf(colour, sizeof colour, "#%06X", reference.At(150, 650));
   run = Run(std::string("at 2\nkey F1\nexpect screenshot matches ref.png\n") +
                 "expect screenshot matches ref.png within 2%\n"
                 "expect screenshot matches ref.png within 1.9%\n"
@@ -189,20 +181,72 @@ TEST_F(HostScreenshot, RunsWithoutPicturesAndWithoutADriver) {
 
 // ---- plugins' own GL -------------------------------------------------------
 
-// The graphics services act on the context the plugins draw into; the state
-// is remembered, so that asking again for what is set costs no GL call.
-class HostGraphics : public HostTest {
-protected:
-  void SetUp() override {
-    HostTest::SetUp();
-    options.render = true;
-    options.config.otherAircraft = 0;
-  }
-};
+int Sabotage(int, int, void*) {
+  // Behind the graphics state's back, as careless plugins do.
+  glEnable(GL_SCISSOR_TEST);
+  glScissor(0, 0, 1, 1);
+  glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_TRUE);
+  glEnable(GL_BLEND);
+  glBlendFunc(GL_ZERO, GL_ZERO);
+  glEnable(GL_TEXTURE_2D);
+  glMatrixMode(GL_PROJECTION);
+  glLoadIdentity();
+  glScaled(0.1, 0.1, 0.1);
+  glColor3ub(1, 2, 3);
+  glPixelStorei(GL_PACK_ROW_LENGTH, 3);
+  glPixelStorei(GL_PACK_SKIP_PIXELS, 5);
+  return 1;
+}
 
-TEST_F(HostGraphics, GraphicsServicesActOnTheContextPluginsDrawInto) {
+int PointAtTheUsersAircraft(int, int, void*) {
+  double x, y, z;
+  WorldToLocalPoint(gAircraft[0].latitude, gAircraft[0].longitude, gAircraft[0].elevation, x, y, z);
+  glPointSize(9);
+  glColor3ub(255, 0, 0);
+  glBegin(GL_POINTS);
+  glVertex3d(x, y, z);
+  glEnd();
+  glPointSize(1);
+  return 1;
+}
+
+int SquareOnThePanel(int, int, void*) {
+  glColor3ub(0, 0, 255);
+  glRecti(10, 20, 20, 30);
+  return 1;
+}
+
+using HostGraphics = HostTest;
+
+// Plugins draw with the simulator's projections: the world in the camera's
+// view (a point at the user's aircraft lands on its marker), the panel in
+// screen coordinates; whatever state one leaves, the host's own drawing and
+// its pictures of the frame are whole. The graphics services act on the
+// context the plugins draw into; the state is remembered, so that asking
+// again for what is set costs no GL call.
+TEST_F(HostGraphics, PluginsDrawWithTheSimulatorsProjectionsAndServicesAndCannotSpoilTheHostsDrawing) {
+  options.render = true;
+  options.config.otherAircraft = 0;
   Start();
+  AsTester([&] {
+    TOKARegisterDrawCallback(Sabotage, 5, 1, nullptr);               // before the sky
+    TOKARegisterDrawCallback(PointAtTheUsersAircraft, 20, 0, nullptr);  // after the aircraft
+    TOKARegisterDrawCallback(SquareOnThePanel, 40, 0, nullptr);      // after the panel
+  });
   Frames(1);
+  const Marker* user = nullptr;
+  for (const Marker& marker : gMarkers)
+    if (marker.kind == 'A' && marker.index == 0) user = &marker;
+  ASSERT_TRUE(user && user->onScreen);
+  EXPECT_EQ(0xFF0000u, PixelAt(user->screenX, user->screenY));
+  EXPECT_EQ(0x0000FFu, PixelAt(15, 25));
+  EXPECT_EQ(0x0000FFu, PixelAt(10, 20));
+  EXPECT_NE(0x0000FFu, PixelAt(20, 30));
+  // The sky across the top row, and the status line's first dot ("f").
+  std::vector<uint32_t> screen = ReadScreen();
+  for (int x = 0; x < gConfig.screenWidth; ++x) ASSERT_EQ(0x5A7FB0u, screen[x]) << x;
+  EXPECT_EQ(0xFFFFFFu, PixelAt(4, 9));
+
   AsTester([&] {
     TOKASetGraphicsState(1, 2, 1, 1, 1, 1, 0);
     for (GLenum on : {GL_FOG, GL_LIGHTING, GL_ALPHA_TEST, GL_BLEND, GL_DEPTH_TEST})
@@ -241,67 +285,6 @@ TEST_F(HostGraphics, GraphicsServicesActOnTheContextPluginsDrawInto) {
     glActiveTexture(GL_TEXTURE0);
     EXPECT_EQ(numbers[1], bound);
   });
-}
-
-int Sabotage(int, int, void*) {
-  // Behind the graphics state's back, as careless plugins do.
-  glEnable(GL_SCISSOR_TEST);
-  glScissor(0, 0, 1, 1);
-  glColorMask(GL_FALSE, GL_TRUE, GL_FALSE, GL_TRUE);
-  glEnable(GL_BLEND);
-  glBlendFunc(GL_ZERO, GL_ZERO);
-  glEnable(GL_TEXTURE_2D);
-  glMatrixMode(GL_PROJECTION);
-  glLoadIdentity();
-  glScaled(0.1, 0.1, 0.1);
-  glColor3ub(1, 2, 3);
-  glPixelStorei(GL_PACK_ROW_LENGTH, 3);
-  glPixelStorei(GL_PACK_SKIP_PIXELS, 5);
-  return 1;
-}
-
-int PointAtTheUsersAircraft(int, int, void*) {
-  double x, y, z;
-  WorldToLocalPoint(gAircraft[0].latitude, gAircraft[0].longitude, gAircraft[0].elevation, x, y, z);
-  glPointSize(9);
-  glColor3ub(255, 0, 0);
-  glBegin(GL_POINTS);
-  glVertex3d(x, y, z);
-  glEnd();
-  glPointSize(1);
-  return 1;
-}
-
-int SquareOnThePanel(int, int, void*) {
-  glColor3ub(0, 0, 255);
-  glRecti(10, 20, 20, 30);
-  return 1;
-}
-
-// Plugins draw with the simulator's projections: the world in the camera's
-// view (a point at the user's aircraft lands on its marker), the panel in
-// screen coordinates; whatever state one leaves, the host's own drawing and
-// its pictures of the frame are whole.
-TEST_F(HostGraphics, PluginsDrawWithTheSimulatorsProjectionsAndCannotSpoilTheHostsDrawing) {
-  Start();
-  AsTester([&] {
-    TOKARegisterDrawCallback(Sabotage, 5, 1, nullptr);               // before the sky
-    TOKARegisterDrawCallback(PointAtTheUsersAircraft, 20, 0, nullptr);  // after the aircraft
-    TOKARegisterDrawCallback(SquareOnThePanel, 40, 0, nullptr);      // after the panel
-  });
-  Frames(1);
-  const Marker* user = nullptr;
-  for (const Marker& marker : gMarkers)
-    if (marker.kind == 'A' && marker.index == 0) user = &marker;
-  ASSERT_TRUE(user && user->onScreen);
-  EXPECT_EQ(0xFF0000u, PixelAt(user->screenX, user->screenY));
-  EXPECT_EQ(0x0000FFu, PixelAt(15, 25));
-  EXPECT_EQ(0x0000FFu, PixelAt(10, 20));
-  EXPECT_NE(0x0000FFu, PixelAt(20, 30));
-  // The sky across the top row, and the status line's first dot ("f").
-  std::vector<uint32_t> screen = ReadScreen();
-  for (int x = 0; x < gConfig.screenWidth; ++x) ASSERT_EQ(0x5A7FB0u, screen[x]) << x;
-  EXPECT_EQ(0xFFFFFFu, PixelAt(4, 9));
 }
 
 }  // namespace

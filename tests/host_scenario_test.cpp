@@ -31,14 +31,7 @@ std::string ErrorOf(const std::string& text, double step = 1.0 / 60) {
   return error;
 }
 
-TEST(ScenarioParser, SecondsCountInFramesOfTheTimeStep) {
-  // A time is reached in the frame whose end reaches it.
-  EXPECT_EQ(60, Parse("at 1 s\npause\n", 1.0 / 60).at(0).frame);
-  EXPECT_EQ(3, Parse("at 0.25s\npause\n", 0.1).at(0).frame);
-  EXPECT_EQ(5, Parse("at 0.5 s\nat 5\npause\n", 0.1).at(0).frame);
-}
-
-TEST(ScenarioParser, AMalformedLineStopsWithFileLineAndColumn) {
+TEST(ScenarioParser, AMalformedLineStopsWithFileLineAndColumnAndSecondsCountInFrames) {
   std::string badRegex;
   try {
     std::regex("(");
@@ -65,6 +58,10 @@ TEST(ScenarioParser, AMalformedLineStopsWithFileLineAndColumn) {
   for (const auto& entry : cases) EXPECT_EQ(entry.second, ErrorOf(entry.first)) << entry.first;
   // A new frame may act again.
   EXPECT_EQ(3u, Parse("at 3\nexpect window at 1 1\nat 4\nkey F1\nexpect window at 1 1\n").size());
+  // A time is reached in the frame whose end reaches it.
+  EXPECT_EQ(60, Parse("at 1 s\npause\n", 1.0 / 60).at(0).frame);
+  EXPECT_EQ(3, Parse("at 0.25s\npause\n", 0.1).at(0).frame);
+  EXPECT_EQ(5, Parse("at 0.5 s\nat 5\npause\n", 0.1).at(0).frame);
 }
 
 // ---- toka-host running scenarios ---------------------------------------------
@@ -78,11 +75,9 @@ protected:
     tree.AddFile("Aircraft/Jet/jet.acf");
     tree.AddFolder("Custom Scenery/Alps");
   }
-  ProgramRun Run(const std::string& scenario, const std::string& more = "") {
+  ProgramRun Run(const std::string& scenario) {
     std::string file = tree.AddFile("test.scenario", scenario);
-    return RunProgram(TOKA_HOST_BINARY, "--root '" + tree.root() + "' --library '" +
-                                            TOKA_LIBRARY_FILE + "' --traffic 0 --render none --scenario '" +
-                                            file + "' " + more);
+    return RunHost(tree.root(), "--traffic 0 --render none --scenario '" + file + "'");
   }
 };
 
@@ -254,10 +249,6 @@ TEST_F(ScenarioRun, TheStatusStopsAtAHundredStepsNeverReachedFailAndMalformedOne
             "  found:    the run ended at frame 2\n"
             "toka-host: 1 of 2 steps failed\n",
             run.err);
-  // A run told to be shorter than the scenario ends where it is told.
-  run = Run("at 5\nexpect plugin Panel enabled\n", "--frames 3");
-  EXPECT_EQ(1, run.status);
-  EXPECT_NE(std::string::npos, run.err.find("  found:    the run ended at frame 3\n"));
 
   // A malformed scenario never starts.
   run = Run("expect plugin Panel enabled\nclick 10 x\n");
@@ -286,23 +277,16 @@ TEST(ExampleScenarios, EveryExamplesScenarioPassesAndFailsWithoutTheExamples) {
       scenarios.push_back(folder + "/" + name);
       // Only scenarios that look at pixels pay for drawing them.
       bool pixels = std::regex_search(ReadFile(scenario), std::regex("\n(expect )?(pixel|screenshot) "));
-      std::string arguments = "' --library '" + std::string(TOKA_LIBRARY_FILE) + "' --scenario '" +
-                              scenario + "'" + (pixels ? "" : " --render none");
-      ProgramRun run = RunProgram(TOKA_HOST_BINARY, "--root '" + std::string(TOKA_EXAMPLES_ROOT) +
-                                                        arguments);
+      std::string arguments = "--scenario '" + scenario + "'" + (pixels ? "" : " --render none");
+      ProgramRun run = RunHost(TOKA_EXAMPLES_ROOT, arguments);
       EXPECT_EQ(0, run.status) << scenario << "\n" << run.err;
       EXPECT_NE(std::string::npos, run.err.find(" steps passed\n")) << run.err;
 
-      run = RunProgram(TOKA_HOST_BINARY, "--root '" + empty.root() + arguments);
-      int reports = 0;
-      for (size_t at = run.err.find("\n  expected: "); at != std::string::npos;
-           at = run.err.find("\n  expected: ", at + 1))
-        ++reports;
+      run = RunHost(empty.root(), arguments);
+      int reports = Count(run.err, "\n  expected: ");
       EXPECT_GT(reports, 0) << scenario << " holds without its plugins";
       EXPECT_EQ(std::min(reports, kMaxFailureStatus), run.status) << run.err;
-      EXPECT_NE(std::string::npos,
-                run.err.find("toka-host: " + std::to_string(reports) + " of "))
-          << run.err;
+      EXPECT_NE(std::string::npos, run.err.find("toka-host: " + std::to_string(reports) + " of ")) << run.err;
       if (name == "hello.scenario") {
         EXPECT_EQ(0u, run.err.find(scenario + ":4: frame 0: expect plugin Hello enabled\n"
                                    "  expected: plugin \"Hello\" enabled\n"
@@ -316,20 +300,15 @@ TEST(ExampleScenarios, EveryExamplesScenarioPassesAndFailsWithoutTheExamples) {
 
 // ---- toka-host on the example plugins, and its options ----------------------
 
-std::string ExampleArguments() {
-  return std::string("--root '") + TOKA_EXAMPLES_ROOT + "' --library '" + TOKA_LIBRARY_FILE +
-         "' --render none";
-}
-
 // Every example loads, lives through thousands of frames of the user's input
 // and ends cleanly; the one step that cannot be carried out is the only
 // failure.
 TEST(HostProgram, RunsTheExamplePluginsThroughTheirWholeLifeWithUserInput) {
   TempTree scratch;
   std::string trace = scratch.root() + "trace.txt";
-  ProgramRun run = RunProgram(
-      TOKA_HOST_BINARY,
-      ExampleArguments() + " --frames 3000 --trace '" + trace +
+  ProgramRun run = RunHost(
+      TOKA_EXAMPLES_ROOT,
+      "--render none --frames 3000 --trace '" + trace +
           "' --at '10:move 100 100' --at '20:click 200 300' --at '30:key P'"
           " --at '40:command sim/operation/pause_toggle once' --at '50:menu \"Sim/Pause\"'"
           " --at '60:airport KOLM' --at '70:scroll 5 5 2' --at '80:message 101'"

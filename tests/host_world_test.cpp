@@ -102,7 +102,6 @@ TEST_F(HostWorld, CoordinatesMeasureTrueMetresAndProbesFindTheFlatGround) {
 struct Registered {
   int (*readInt)(void*);
   void (*writeInt)(void*, int);
-  float (*readFloat)(void*);
   double (*readDouble)(void*);
   void (*writeDouble)(void*, double);
   int (*readData)(void*, void*, int, int);
@@ -112,22 +111,22 @@ struct Registered {
 std::map<std::string, Registered> gRegistered;
 
 void* Register(const char* name, int types, int writable, int (*readInt)(void*),
-               void (*writeInt)(void*, int), float (*readFloat)(void*), void (*)(void*, float),
+               void (*writeInt)(void*, int), float (*)(void*), void (*)(void*, float),
                double (*readDouble)(void*), void (*writeDouble)(void*, double),
                int (*)(void*, int*, int, int), void (*)(void*, int*, int, int),
                int (*)(void*, float*, int, int), void (*)(void*, float*, int, int),
                int (*readData)(void*, void*, int, int), void (*writeData)(void*, void*, int, int),
                void* readRefcon, void* writeRefcon) {
   EXPECT_FALSE(gRegistered.count(name)) << name;
-  gRegistered[name] = {readInt, writeInt, readFloat, readDouble, writeDouble, readData, writeData,
-                       readRefcon, writeRefcon};
+  gRegistered[name] = {readInt, writeInt, readDouble, writeDouble, readData, writeData, readRefcon, writeRefcon};
   return &gRegistered[name];
 }
 
-int GetInt(const std::string& name) { return gRegistered.at(name).readInt(gRegistered.at(name).readRefcon); }
-double GetDouble(const std::string& name) {
-  return gRegistered.at(name).readDouble(gRegistered.at(name).readRefcon);
-}
+// Reads and writes of a registered dataref, as the library makes them.
+int GetInt(const std::string& n) { return gRegistered.at(n).readInt(gRegistered.at(n).readRefcon); }
+double GetDouble(const std::string& n) { return gRegistered.at(n).readDouble(gRegistered.at(n).readRefcon); }
+void SetInt(const std::string& n, int v) { gRegistered.at(n).writeInt(gRegistered.at(n).writeRefcon, v); }
+void SetDouble(const std::string& n, double v) { gRegistered.at(n).writeDouble(gRegistered.at(n).writeRefcon, v); }
 
 TEST_F(HostWorld, DataRefsFollowTheWorldAndWritesChangeIt) {
   int count = RegisterHostDataRefs(Register);
@@ -161,8 +160,7 @@ TEST_F(HostWorld, DataRefsFollowTheWorldAndWritesChangeIt) {
   }
 
   // Heading written as east: the latitude stays, the longitude grows.
-  const Registered& heading = gRegistered.at("sim/flightmodel/position/heading");
-  heading.writeDouble(heading.writeRefcon, 90);
+  SetDouble("sim/flightmodel/position/heading", 90);
   double lat1 = GetDouble("sim/flightmodel/position/latitude");
   double lon1 = GetDouble("sim/flightmodel/position/longitude");
   for (int i = 0; i < 60; ++i) MoveAircraft(gConfig.step);
@@ -170,8 +168,7 @@ TEST_F(HostWorld, DataRefsFollowTheWorldAndWritesChangeIt) {
   EXPECT_GT(GetDouble("sim/flightmodel/position/longitude"), lon1);
 
   // A plugin that flies aircraft 2 stops the host moving it, and only it.
-  const Registered& ai = gRegistered.at("sim/private/net_disables/ai_loc[2]");
-  ai.writeInt(ai.writeRefcon, 1);
+  SetInt("sim/private/net_disables/ai_loc[2]", 1);
   Aircraft one = gAircraft[1], two = gAircraft[2];
   MoveAircraft(1);
   EXPECT_EQ(two.latitude, gAircraft[2].latitude);
@@ -179,19 +176,16 @@ TEST_F(HostWorld, DataRefsFollowTheWorldAndWritesChangeIt) {
 
   // NAV1 and pause, as written and as the commands change them; the band
   // wraps around.
-  const Registered& nav1 = gRegistered.at("sim/cockpit/radios/nav1_freq");
-  nav1.writeInt(nav1.writeRefcon, 11795);
+  SetInt("sim/cockpit/radios/nav1_freq", 11795);
   services->CommandBegin(services->CreateCommand("sim/radios/nav1_up", nullptr, 0));
   EXPECT_EQ(10800, GetInt("sim/cockpit/radios/nav1_freq"));
-  const Registered& paused = gRegistered.at("sim/time/paused");
-  paused.writeInt(paused.writeRefcon, 1);
+  SetInt("sim/time/paused", 1);
   EXPECT_TRUE(gPaused);
   services->CommandBegin(services->CreateCommand("sim/operation/pause_toggle", nullptr, 0));
   EXPECT_EQ(0, GetInt("sim/time/paused"));
 
   // Put below the ground, the aircraft crashes and the flight starts again.
-  const Registered& elevation = gRegistered.at("sim/flightmodel/position/elevation");
-  elevation.writeDouble(elevation.writeRefcon, gConfig.groundElevation - 10);
+  SetDouble("sim/flightmodel/position/elevation", gConfig.groundElevation - 10);
   CheckForCrash();
   EXPECT_GT(GetDouble("sim/flightmodel/position/elevation"), gConfig.groundElevation);
   EXPECT_EQ("[sim] running\n[aircraft] crashed\n", output);

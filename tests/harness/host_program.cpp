@@ -36,6 +36,12 @@ void ExpectInOrder(const std::string& text, const std::vector<std::string>& line
   }
 }
 
+int Count(const std::string& text, const std::string& part) {
+  int n = 0;
+  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++n;
+  return n;
+}
+
 double Haversine(double lat1, double lon1, double lat2, double lon2) {
   const double k = 3.14159265358979323846 / 180;
   double a = std::pow(std::sin((lat2 - lat1) * k / 2), 2) +

@@ -22,6 +22,8 @@ std::string ReadFile(const std::string& path);
 
 // Each of lines is found in text, in that order.
 void ExpectInOrder(const std::string& text, const std::vector<std::string>& lines);
+// How often part is found in text.
+int Count(const std::string& text, const std::string& part);
 
 // Great-circle distance in metres on a sphere of the earth's mean radius.
 double Haversine(double lat1, double lon1, double lat2, double lon2);
@@ -41,6 +43,12 @@ double Haversine(double lat1, double lon1, double lat2, double lon2);
 #include "toka/TOKA.h"
 
 namespace toka_test {
+
+// Runs the built toka-host on the simulator folder root and the library
+// under test, with more arguments.
+inline ProgramRun RunHost(const std::string& root, const std::string& arguments) {
+  return RunProgram(TOKA_HOST_BINARY, "--root '" + root + "' --library '" TOKA_LIBRARY_FILE "' " + arguments);
+}
 
 // The host on the real library, in this process, with a scripted plugin
 // "tester" (signature test.tester) that runs code the test hands it. Nothing
