@@ -98,22 +98,11 @@ std::string ReadAll(int fd) {
 }
 
 // What a check makes on disk, its worlds and whatever the plugin writes to
-// the temporary folder, lands in a scratch folder of the check's own, which
-// the validator removes when the check's process has ended. A plugin that
-// crashes or hangs ends its process before any clean-up of the process's
-// own could run, and a plugin author validates many times a day.
-bool MakeScratch(std::string& folder, std::string& error) {
-  const char* tmp = std::getenv("TMPDIR");
-  std::string base = tmp && *tmp ? tmp : "/tmp";
-  std::string pattern = base + "/toka-validate-XXXXXX";
-  if (!mkdtemp(&pattern[0])) {
-    error = "cannot make a folder in " + base;
-    return false;
-  }
-  folder = pattern;
-  return true;
-}
-
+// the temporary folder, lands in a scratch folder of the check's own (made
+// by MakeTempFolder), which the validator removes when the check's process
+// has ended. A plugin that crashes or hangs ends its process before any
+// clean-up of the process's own could run, and a plugin author validates
+// many times a day.
 int RemoveEntry(const char* path, const struct stat*, int, struct FTW*) {
   remove(path);
   return 0;
@@ -165,7 +154,7 @@ CheckResult RunInChild(const Check& check, const CheckInput& input) {
   result.plugin = input.plugin;
   result.check = check.name;
   std::string scratch, error;
-  if (!MakeScratch(scratch, error)) {
+  if (!MakeTempFolder(scratch, error)) {
     result.status = Status::Fail;
     result.reason = "cannot start the check: " + error;
     return result;

@@ -69,14 +69,20 @@ void World::MakePath(const std::string& relative, bool file) {
   }
 }
 
-bool World::MakeRoot(std::string& error) {
+bool MakeTempFolder(std::string& folder, std::string& error) {
   const char* tmp = std::getenv("TMPDIR");
-  std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/toka-validate-XXXXXX";
+  std::string base = tmp && *tmp ? tmp : "/tmp";
+  std::string pattern = base + "/toka-validate-XXXXXX";
   if (!mkdtemp(&pattern[0])) {
-    error = "cannot make a folder in " + pattern.substr(0, pattern.rfind('/'));
+    error = "cannot make a folder in " + base;
     return false;
   }
-  mRoot = pattern;
+  folder = pattern;
+  return true;
+}
+
+bool World::MakeRoot(std::string& error) {
+  if (!MakeTempFolder(mRoot, error)) return false;
   std::string place = "Resources/plugins/" + PlaceInRoot(mPlugin);
   MakePath(place.substr(0, place.rfind('/')), false);
   mLink = mRoot + "/" + place;

@@ -66,6 +66,10 @@ private:
   bool mRunning = false;
 };
 
+// Makes a new folder "toka-validate-XXXXXX" in $TMPDIR (or /tmp); false,
+// with the reason, when it cannot.
+bool MakeTempFolder(std::string& folder, std::string& error);
+
 // Runs the plugin through start, frames, disable, enable, frames, disable
 // and stop, telling watch before (true) and after (false) each frame. False,
 // with the result a SKIP saying why, when an exception ends that or the
