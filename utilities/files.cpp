@@ -12,7 +12,6 @@
 #include "utilities/paths.h"
 
 // The host's paths are copied back into plugin buffers of this size.
-static const int kPathBufferSize = 512;
 
 // The listing fills the caller's name buffer and index array in step; a
 // listing that needs more than either holds stops at the first name that
@@ -112,10 +111,7 @@ TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
   TOKA_NOTE_CALL();
   // Without a buffer the simulator still answers, into one of ours.
   char scratch[kPathBufferSize];
-  if (!outSystemPath) {
-    scratch[0] = 0;
-    outSystemPath = scratch;
-  }
+  outSystemPath = PathBufferOrScratch(outSystemPath, scratch);
   gHostServices->GetSystemPath(outSystemPath);
   TOKAConvertHostPath(outSystemPath);
 }
@@ -123,10 +119,7 @@ TOKA_API void TOKAGetSystemPath(char* outSystemPath) {
 TOKA_API void TOKAGetPrefsPath(char* outPrefsPath) {
   TOKA_NOTE_CALL();
   char scratch[kPathBufferSize];
-  if (!outPrefsPath) {
-    scratch[0] = 0;
-    outPrefsPath = scratch;
-  }
+  outPrefsPath = PathBufferOrScratch(outPrefsPath, scratch);
   gHostServices->GetPrefsPath(outPrefsPath);
   TOKAConvertHostPath(outPrefsPath);
 }

@@ -132,15 +132,9 @@ TOKA_API void TOKACountAircraft(int* outTotal, int* outActive, int* outControlle
 TOKA_API void TOKAGetNthAircraftModel(int index, char* outFileName, char* outPath) {
   TOKA_NOTE_CALL();
   // A buffer the plugin did not pass is one of ours: the simulator fills both.
-  char scratchName[512], scratchPath[512];
-  if (!outFileName) {
-    scratchName[0] = 0;
-    outFileName = scratchName;
-  }
-  if (!outPath) {
-    scratchPath[0] = 0;
-    outPath = scratchPath;
-  }
+  char scratchName[kPathBufferSize], scratchPath[kPathBufferSize];
+  outFileName = PathBufferOrScratch(outFileName, scratchName);
+  outPath = PathBufferOrScratch(outPath, scratchPath);
   gHostServices->GetNthAircraftModel(index, outPath, outFileName);
   TOKAConvertHostPath(outPath);  // the file name is passed on as it is
 }
